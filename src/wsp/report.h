@@ -1,0 +1,26 @@
+// How the library's own code reports to the diagnostics sink.
+#ifndef MMSBRIX_WSP_REPORT_H
+#define MMSBRIX_WSP_REPORT_H
+
+#include <string_view>
+
+#include "wsp/diagnostics.h"
+
+namespace mmsbrix {
+
+/// True when a sink is set, so that a costly text is built only if somebody reads it.
+[[nodiscard]] bool diagnosticsWanted() noexcept;
+/// Hands one report to the sink, if any.  Exceptions of the sink are swallowed.
+void report(DiagnosticKind kind, std::string_view source, unsigned line,
+            std::string_view text) noexcept;
+
+}  // namespace mmsbrix
+
+#define MMSBRIX_REPORT_ERROR(source, text) \
+  ::mmsbrix::report(::mmsbrix::DiagnosticKind::error, source, __LINE__, text)
+#define MMSBRIX_REPORT_WARNING(source, text) \
+  ::mmsbrix::report(::mmsbrix::DiagnosticKind::warning, source, __LINE__, text)
+#define MMSBRIX_REPORT_ASSERTION(source, text) \
+  ::mmsbrix::report(::mmsbrix::DiagnosticKind::assertion, source, __LINE__, text)
+
+#endif  // MMSBRIX_WSP_REPORT_H

@@ -1,0 +1,168 @@
+#include "wsp/wap_mms_shared.h"
+
+#include <algorithm>
+
+#include "wsp/report.h"
+
+namespace mmsbrix {
+namespace {
+
+constexpr std::string_view kSource = "wap_mms_shared";
+
+// Right shift that brings the highest non-zero 7-bit group of `value` down, 0 to 28.
+constexpr unsigned highestGroupShift(std::uint32_t value) noexcept {
+  unsigned shift = value >= 0x10000000 ? 28 : 21;
+  while (shift > 0 && (value >> shift) == 0) shift -= 7;
+  return shift;
+}
+
+}  // namespace
+
+std::size_t encodeUintvar(std::uint32_t value, std::uint8_t* out) noexcept {
+  const unsigned first = highestGroupShift(value);
+  for (unsigned shift = first; shift > 0; shift -= 7) {
+    *out++ = static_cast<std::uint8_t>(((value >> shift) & 0x7F) | 0x80);
+  }
+  *out = static_cast<std::uint8_t>(value & 0x7F);
+  return (first + 6) / 7 + 1;
+}
+
+void writeUintvar(Writer& out, std::uint32_t value) noexcept {
+  std::uint8_t octets[kMaxUintvarOctets];
+  out.append(Octets(octets, encodeUintvar(value, octets)));
+}
+
+std::size_t uintvarSize(std::uint32_t value) noexcept {
+  return highestGroupShift(value) / 7 + 1;
+}
+
+Uintvar decodeUintvar(Octets octets) noexcept {
+  Uintvar result;
+  for (; result.octets < std::min(octets.size(), kMaxUintvarOctets);) {
+    const std::uint8_t octet = octets[result.octets++];
+    result.value = (result.value << 7) | (octet & 0x7FU);
+    if ((octet & 0x80) == 0) return result;
+  }
+  result.error = true;
+  MMSBRIX_REPORT_ERROR(kSource, "decodeUintvar(): error");
+  return result;
+}
+
+Uintvar peekUintvar(const Reader& in, std::size_t place) noexcept {
+  return decodeUintvar(in.peek(place, kMaxUintvarOctets));
+}
+
+std::optional<std::uint32_t> readUintvar(Reader& in) noexcept {
+  const Uintvar decoded = peekUintvar(in, 1);
+  in.skip(decoded.octets);
+  if (decoded.error) return std::nullopt;
+  return decoded.value;
+}
+
+bool isUintvar(Octets octets) noexcept {
+  if (octets.empty() || octets.front() == 0x80) return false;
+  return std::ranges::any_of(octets.first(std::min(octets.size(), kMaxUintvarOctets)),
+                             [](std::uint8_t octet) { return octet < 0x80; });
+}
+
+std::size_t longIntegerOctets(std::uint64_t value) noexcept {
+  std::size_t octets = 1;
+  while (octets < 8 && (value >> (8 * octets)) != 0) ++octets;
+  return octets;
+}
+
+void writeLongInteger(Writer& out, std::uint64_t value) noexcept {
+  const std::size_t octets = longIntegerOctets(value);
+  out.octet(static_cast<std::uint8_t>(octets));
+  for (std::size_t left = octets; left > 0; --left) {
+    out.octet(static_cast<std::uint8_t>(value >> (8 * (left - 1))));
+  }
+}
+
+std::optional<std::uint64_t> readLongInteger(Reader& in) noexcept {
+  const auto length = in.peekOctet();
+  if (!length || *length >= kLengthQuote) return std::nullopt;
+  in.skip(1);
+  std::uint64_t value = 0;
+  for (const std::uint8_t octet : in.take(*length)) value = (value << 8) | octet;
+  return value;
+}
+
+void writeInteger(Writer& out, std::uint64_t value) noexcept {
+  if (value < 0x80) {
+    out.octet(static_cast<std::uint8_t>(value | kShortIntegerBit));
+  } else {
+    writeLongInteger(out, value);
+  }
+}
+
+std::size_t integerSize(std::uint64_t value) noexcept {
+  return value < 0x80 ? 1 : 1 + longIntegerOctets(value);
+}
+
+std::optional<std::uint64_t> readInteger(Reader& in) noexcept {
+  const auto first = in.peekOctet();
+  if (first && *first >= kShortIntegerBit) {
+    in.skip(1);
+    return *first & 0x7FU;
+  }
+  return readLongInteger(in);
+}
+
+void writeValueLength(Writer& out, std::uint32_t length) noexcept {
+  if (length < kLengthQuote) {
+    out.octet(static_cast<std::uint8_t>(length));
+  } else {
+    out.octet(kLengthQuote);
+    writeUintvar(out, length);
+  }
+}
+
+std::size_t valueLengthSize(std::uint32_t length) noexcept {
+  return length < kLengthQuote ? 1 : 1 + uintvarSize(length);
+}
+
+std::optional<std::uint32_t> readValueLength(Reader& in) noexcept {
+  const auto first = in.peekOctet();
+  if (!first || *first > kLengthQuote) return std::nullopt;
+  in.skip(1);
+  if (*first < kLengthQuote) return *first;
+  return readUintvar(in);
+}
+
+void writeTextString(Writer& out, std::string_view text) noexcept {
+  if (!text.empty() && static_cast<std::uint8_t>(text.front()) >= 0x80) out.octet(kTextQuote);
+  out.append(text);
+  out.octet(0);
+}
+
+std::size_t textStringSize(std::string_view text) noexcept {
+  const bool quoted = !text.empty() && static_cast<std::uint8_t>(text.front()) >= 0x80;
+  return text.size() + 1 + (quoted ? 1 : 0);
+}
+
+std::string_view readTextString(Reader& in) noexcept {
+  if (in.peekOctet() == kTextQuote) in.skip(1);
+  return in.text();
+}
+
+bool opensTextString(std::uint8_t octet) noexcept {
+  return octet == 0 || octet == 9 || octet == 10 || octet == 13 || (octet >= 32 && octet <= 127);
+}
+
+std::size_t fieldSize(const Reader& in) noexcept {
+  const Octets ahead = in.rest();
+  if (ahead.empty()) return 0;
+  const std::uint8_t first = ahead.front();
+  if (first < kLengthQuote) return 1 + std::size_t{first};
+  if (first == kLengthQuote) {
+    const Uintvar length = peekUintvar(in, 2);
+    return length.error ? 0 : 1 + length.octets + std::size_t{length.value};
+  }
+  if (first >= kShortIntegerBit) return 1;
+  const void* zero = std::memchr(ahead.data(), 0, ahead.size());
+  if (zero == nullptr) return ahead.size() + 1;
+  return static_cast<std::size_t>(static_cast<const std::uint8_t*>(zero) - ahead.data()) + 1;
+}
+
+}  // namespace mmsbrix

@@ -1,0 +1,79 @@
+// Octet-level WSP codings shared by the MMS codec and the typed WSP values: uintvar, short and long
+// integers, value-length, text-string, and the size of a field value.
+// [WAP-230 8.1.2, 8.4.1.2, 8.4.2.1, 8.4.2.2]
+#ifndef MMSBRIX_WSP_WAP_MMS_SHARED_H
+#define MMSBRIX_WSP_WAP_MMS_SHARED_H
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+#include "wsp/octets.h"
+
+namespace mmsbrix {
+
+inline constexpr std::uint8_t kShortIntegerBit = 0x80;  ///< set in every short-integer
+inline constexpr std::uint8_t kLengthQuote = 31;        ///< a uintvar length follows
+inline constexpr std::uint8_t kTextQuote = 127;         ///< precedes a text that begins above 127
+inline constexpr std::uint8_t kStringQuote = 34;        ///< opens a quoted-string
+inline constexpr std::size_t kMaxUintvarOctets = 5;
+
+/// Writes `value` as a uintvar into `out` (room for five octets) and returns the octets written.
+std::size_t encodeUintvar(std::uint32_t value, std::uint8_t* out) noexcept;
+void writeUintvar(Writer& out, std::uint32_t value) noexcept;
+[[nodiscard]] std::size_t uintvarSize(std::uint32_t value) noexcept;
+
+/// Result of decoding a uintvar: what was accumulated, the octets read, and whether it went wrong.
+struct Uintvar {
+  std::uint32_t value = 0;
+  std::size_t octets = 0;
+  bool error = false;
+};
+/// Decodes a uintvar of at most five octets from `octets`; bits shifted out of 32 are lost.  An
+/// unterminated one reports "decodeUintvar(): error".
+Uintvar decodeUintvar(Octets octets) noexcept;
+/// Decodes a uintvar at the 1-based `place` ahead of the cursor; consumes nothing.
+Uintvar peekUintvar(const Reader& in, std::size_t place) noexcept;
+/// Reads a uintvar and skips the octets it used; nothing when it is unterminated.
+std::optional<std::uint32_t> readUintvar(Reader& in) noexcept;
+/// True when `octets` begins with a terminated uintvar that has no leading zero group (0x80).
+bool isUintvar(Octets octets) noexcept;
+
+/// Minimal octet count of `value` in a long-integer, 1 to 8.
+[[nodiscard]] std::size_t longIntegerOctets(std::uint64_t value) noexcept;
+void writeLongInteger(Writer& out, std::uint64_t value) noexcept;
+/// Reads short-length and that many octets (clamped to what is left); with more than eight octets
+/// the earliest are shifted out.  A length of 0 gives 0.  Nothing when the first octet is above 30.
+std::optional<std::uint64_t> readLongInteger(Reader& in) noexcept;
+
+/// Writes a short-integer below 128, else a long-integer.
+void writeInteger(Writer& out, std::uint64_t value) noexcept;
+[[nodiscard]] std::size_t integerSize(std::uint64_t value) noexcept;
+/// Reads a short-integer or a long-integer; nothing when the next octet opens neither.
+std::optional<std::uint64_t> readInteger(Reader& in) noexcept;
+
+void writeValueLength(Writer& out, std::uint32_t length) noexcept;
+[[nodiscard]] std::size_t valueLengthSize(std::uint32_t length) noexcept;
+/// Reads a value-length; nothing when the next octet opens none or its uintvar is broken.
+std::optional<std::uint32_t> readValueLength(Reader& in) noexcept;
+
+/// Writes a text-string: the quote octet when the first character is 0x80 or above, the characters,
+/// a zero.  `text` ends at its first zero at the latest.
+void writeTextString(Writer& out, std::string_view text) noexcept;
+[[nodiscard]] std::size_t textStringSize(std::string_view text) noexcept;
+/// Reads a text-string: a leading quote octet is passed over, the zero is consumed, a missing zero
+/// leaves the text as far as it goes.
+std::string_view readTextString(Reader& in) noexcept;
+/// True for an octet that may open a text-string: 127, 0, 32 to 126, and 9, 10, 13.
+[[nodiscard]] bool opensTextString(std::uint8_t octet) noexcept;
+
+/// Octets that the next field value occupies, by the form of its first octet, without consuming it:
+/// value-length forms as stated in the data, a short-integer 1, a text up to and including its zero
+/// (one past the end when there is none).  May exceed what is left; 0 for a broken uintvar length
+/// or at the end of the input.  [WAP-230 8.4.1.2]
+[[nodiscard]] std::size_t fieldSize(const Reader& in) noexcept;
+
+}  // namespace mmsbrix
+
+#endif  // MMSBRIX_WSP_WAP_MMS_SHARED_H

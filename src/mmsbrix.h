@@ -3,6 +3,11 @@
 #define MMSBRIX_MMSBRIX_H
 
 #include "export.h"
+#include "mms/inspector.h"
+#include "mms/mmscodec.h"
+#include "model/mmsg.h"
+#include "transport/mmshttp.h"
+#include "transport/trace_log.h"
 #include "wsp/diagnostics.h"
 
 #endif  // MMSBRIX_MMSBRIX_H

@@ -1,0 +1,69 @@
+#include "model/mmhdr.h"
+
+#include "model/text.h"
+#include "platform/ascii.h"
+
+namespace mmsbrix {
+
+template <class T>
+T* CMMNamedList<T>::Find(const char* name) noexcept {
+  const std::string_view wanted = orEmpty(name);
+  for (T* element = this->First(); element != nullptr; element = this->Next()) {
+    if (equalsIgnoringCase(element->Name(), wanted)) return element;
+  }
+  return nullptr;
+}
+
+template <class T>
+bool CMMNamedList<T>::Remove(const char* name) {
+  if (Find(name) == nullptr) return false;
+  this->removeCurrent();
+  return true;
+}
+
+template class CMMList<CMMParam>;
+template class CMMNamedList<CMMParam>;
+template class CMMList<CMMHdr>;
+template class CMMNamedList<CMMHdr>;
+
+}  // namespace mmsbrix
+
+using mmsbrix::orEmpty;
+using mmsbrix::upToZero;
+
+CMMParam::CMMParam(const char* name, const char* value)
+    : name_(orEmpty(name)), value_(orEmpty(value)) {}
+
+void CMMParam::Set(const char* name) {
+  name_ = orEmpty(name);
+}
+
+void CMMParam::SetValue(const char* value) {
+  value_ = orEmpty(value);
+}
+
+void CMMParam::Assign(std::string_view name, std::string_view value) {
+  name_ = upToZero(name);
+  value_ = upToZero(value);
+}
+
+CMMHdr::CMMHdr(const char* name, const char* value)
+    : name_(orEmpty(name)), value_(orEmpty(value)) {}
+
+void CMMHdr::Set(const char* name) {
+  name_ = orEmpty(name);
+}
+
+void CMMHdr::Set(const char* name, const char* value) {
+  Set(name);
+  SetValue(value);
+}
+
+void CMMHdr::SetValue(const char* value) {
+  value_ = orEmpty(value);
+}
+
+void CMMHdr::Assign(std::string_view name, std::string_view value) {
+  name_ = upToZero(name);
+  value_ = upToZero(value);
+}

@@ -1,0 +1,72 @@
+// CMMParam, CMMParamList, CMMHdr and CMMHdrList: header fields with parameters.
+#ifndef MMSBRIX_MODEL_MMHDR_H
+#define MMSBRIX_MODEL_MMHDR_H
+
+#include <string>
+#include <string_view>
+
+#include "../export.h"
+#include "mmlist.h"
+
+/// A name and a value, such as the "charset" of a content type.  Getters never return null.
+class MMSBRIX_API CMMParam {
+ public:
+  CMMParam() = default;
+  CMMParam(const char* name, const char* value);
+
+  /// Replaces the name; null empties it.
+  void Set(const char* name);
+  /// Replaces the value; null empties it.
+  void SetValue(const char* value);
+  const char* Get() const noexcept { return name_.c_str(); }
+  const char* GetValue() const noexcept { return value_.c_str(); }
+
+  /// The same from views, whose length is then known; a text ends at its first zero.
+  void Assign(std::string_view name, std::string_view value);
+  std::string_view Name() const noexcept { return name_; }
+  std::string_view Value() const noexcept { return value_; }
+
+ private:
+  std::string name_;
+  std::string value_;
+};
+
+extern template class MMSBRIX_API mmsbrix::CMMNamedList<CMMParam>;
+
+/// Parameters in order, found by name.
+class MMSBRIX_API CMMParamList : public mmsbrix::CMMNamedList<CMMParam> {};
+
+/// A header field: name, value without parameters (a media type, say), parameters in order.
+class MMSBRIX_API CMMHdr {
+ public:
+  CMMHdr() = default;
+  CMMHdr(const char* name, const char* value);
+
+  /// Replaces the name; null empties it.
+  void Set(const char* name);
+  void Set(const char* name, const char* value);
+  /// Replaces the value; null empties it.
+  void SetValue(const char* value);
+  const char* Get() const noexcept { return name_.c_str(); }
+  const char* GetValue() const noexcept { return value_.c_str(); }
+  /// The header's own parameters, never null.
+  CMMParamList* Params() noexcept { return &params_; }
+  const CMMParamList* Params() const noexcept { return &params_; }
+
+  /// The same from views, whose length is then known; a text ends at its first zero.
+  void Assign(std::string_view name, std::string_view value);
+  std::string_view Name() const noexcept { return name_; }
+  std::string_view Value() const noexcept { return value_; }
+
+ private:
+  std::string name_;
+  std::string value_;
+  CMMParamList params_;
+};
+
+extern template class MMSBRIX_API mmsbrix::CMMNamedList<CMMHdr>;
+
+/// Header fields in order, found by name.
+class MMSBRIX_API CMMHdrList : public mmsbrix::CMMNamedList<CMMHdr> {};
+
+#endif  // MMSBRIX_MODEL_MMHDR_H

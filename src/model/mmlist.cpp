@@ -1,0 +1,11 @@
+#include "model/mmlist.h"
+
+#include <stdexcept>
+
+namespace mmsbrix {
+
+void throwInvalidSubscript() {
+  throw std::out_of_range("invalid vector<T> subscript");
+}
+
+}  // namespace mmsbrix

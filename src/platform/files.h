@@ -1,0 +1,53 @@
+// Seam: files, read whole and written whole.  Errors are Win32 error numbers on every platform,
+// since callers know them (2 file not found, 3 path not found, 5 access denied ...).
+#ifndef MMSBRIX_PLATFORM_FILES_H
+#define MMSBRIX_PLATFORM_FILES_H
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace mmsbrix::platform {
+
+inline constexpr unsigned kErrorFileNotFound = 2;
+inline constexpr unsigned kErrorPathNotFound = 3;
+inline constexpr unsigned kErrorTooManyOpenFiles = 4;
+inline constexpr unsigned kErrorAccessDenied = 5;
+inline constexpr unsigned kErrorNotEnoughMemory = 8;
+inline constexpr unsigned kErrorWriteFault = 29;
+inline constexpr unsigned kErrorReadFault = 30;
+inline constexpr unsigned kErrorDiskFull = 112;
+inline constexpr unsigned kErrorInvalidName = 123;
+
+/// An existing file, opened for reading and shared with other readers.  What has no size of its own
+/// (a pipe, a device) is read to its end on opening.
+class InputFile {
+ public:
+  /// Opens `path` (UTF-8).  On failure nothing is returned and `*error`, if given, says why; a
+  /// directory is no file.
+  static std::optional<InputFile> open(const char* path, unsigned* error = nullptr);
+  InputFile(InputFile&&) noexcept;
+  InputFile& operator=(InputFile&&) noexcept;
+  ~InputFile();
+
+  [[nodiscard]] std::uint64_t size() const noexcept;
+  /// Fills `buffer` from the beginning of the file; false when fewer octets can be read, and
+  /// `*error`, if given, says why.  Octets that could not be read are zero.
+  bool read(std::span<std::uint8_t> buffer, unsigned* error = nullptr);
+
+ private:
+  struct State;
+  explicit InputFile(std::unique_ptr<State> state) noexcept;
+  std::unique_ptr<State> state_;
+};
+
+/// Writes `content` to `path` (UTF-8), replacing an existing file.  A regular file appears under
+/// its name only when it is complete, so a failure keeps the old one; permissions of an existing
+/// file stay, a link is followed.  Returns 0 or the error number.
+unsigned writeWholeFile(const char* path, std::span<const std::uint8_t> content);
+
+}  // namespace mmsbrix::platform
+
+#endif  // MMSBRIX_PLATFORM_FILES_H

@@ -1,0 +1,195 @@
+#include "platform/files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <utility>
+
+#include "platform/posix/errors.h"
+
+namespace mmsbrix::platform {
+namespace {
+
+class Descriptor {
+ public:
+  explicit Descriptor(int fd) noexcept : fd_(fd) {}
+  Descriptor(Descriptor&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+  Descriptor& operator=(Descriptor&&) = delete;
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() {
+    if (fd_ >= 0) ::close(fd_);
+  }
+
+  [[nodiscard]] int get() const noexcept { return fd_; }
+  [[nodiscard]] bool valid() const noexcept { return fd_ >= 0; }
+  /// Closes now, so that a late write error is seen; the error number or 0.
+  int close() noexcept { return ::close(std::exchange(fd_, -1)) == 0 ? 0 : errno; }
+
+ private:
+  int fd_;
+};
+
+int openRetrying(const char* path, int flags, mode_t mode = 0) noexcept {
+  int fd = -1;
+  do {
+    fd = ::open(path, flags | O_CLOEXEC, mode);
+  } while (fd < 0 && errno == EINTR);
+  return fd;
+}
+
+// Reads until `buffer` is full or the file ends; the octets read, -1 with errno on an error.
+ssize_t readFully(int fd, std::span<std::uint8_t> buffer) noexcept {
+  std::size_t done = 0;
+  while (done < buffer.size()) {
+    const ssize_t got = ::read(fd, buffer.data() + done, buffer.size() - done);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) return -1;
+    if (got == 0) break;
+    done += static_cast<std::size_t>(got);
+  }
+  return static_cast<ssize_t>(done);
+}
+
+// 0 or errno.
+int writeFully(int fd, std::span<const std::uint8_t> content) noexcept {
+  while (!content.empty()) {
+    const ssize_t put = ::write(fd, content.data(), content.size());
+    if (put < 0 && errno == EINTR) continue;
+    if (put < 0) return errno;
+    content = content.subspan(static_cast<std::size_t>(put));
+  }
+  return 0;
+}
+
+void set(unsigned* error, unsigned value) noexcept {
+  if (error != nullptr) *error = value;
+}
+
+// Writes into whatever stands under the name now: a device, a pipe, or a file whose folder takes no
+// new ones.  0 or errno.
+int writeInPlace(const char* path, std::span<const std::uint8_t> content) noexcept {
+  Descriptor file(openRetrying(path, O_WRONLY | O_CREAT | O_TRUNC, 0666));
+  if (!file.valid()) return errno;
+  const int failure = writeFully(file.get(), content);
+  const int closing = file.close();
+  return failure != 0 ? failure : closing;
+}
+
+// A complete file is written under a name of its own beside the target, then takes the target's
+// name. 0 or errno; on failure nothing is left behind.
+int writeBesideAndRename(const std::string& target, const struct stat* existing,
+                         std::span<const std::uint8_t> content) {
+  std::string beside;
+  int fd = -1;
+  for (unsigned attempt = 0; attempt < 100; ++attempt) {
+    beside = target + "." + std::to_string(::getpid()) + "-" + std::to_string(attempt) + ".part";
+    fd = openRetrying(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0666);
+    if (fd >= 0 || errno != EEXIST) break;
+  }
+  if (fd < 0) return errno;
+  Descriptor file(fd);
+  int failure = 0;
+  if (existing != nullptr && ::fchmod(fd, existing->st_mode & 07777) != 0) failure = errno;
+  if (failure == 0) failure = writeFully(fd, content);
+  const int closing = file.close();
+  if (failure == 0) failure = closing;
+  if (failure == 0 && ::rename(beside.c_str(), target.c_str()) != 0) failure = errno;
+  if (failure != 0) ::unlink(beside.c_str());
+  return failure;
+}
+
+}  // namespace
+
+struct InputFile::State {
+  Descriptor file;
+  std::uint64_t size;
+  std::vector<std::uint8_t> drained;  // the content of what has no size of its own
+  bool regular;
+};
+
+InputFile::InputFile(std::unique_ptr<State> state) noexcept : state_(std::move(state)) {}
+InputFile::InputFile(InputFile&&) noexcept = default;
+InputFile& InputFile::operator=(InputFile&&) noexcept = default;
+InputFile::~InputFile() = default;
+
+std::optional<InputFile> InputFile::open(const char* path, unsigned* error) {
+  Descriptor file(openRetrying(path, O_RDONLY));
+  struct stat status {};
+  if (!file.valid() || ::fstat(file.get(), &status) != 0) {
+    set(error, win32Error(errno));
+    return std::nullopt;
+  }
+  if (S_ISDIR(status.st_mode)) {
+    set(error, kErrorAccessDenied);
+    return std::nullopt;
+  }
+  const bool regular = S_ISREG(status.st_mode);
+  auto state = std::make_unique<State>(
+      State{std::move(file), static_cast<std::uint64_t>(status.st_size), {}, regular});
+  if (!regular) {
+    std::uint8_t chunk[16384];
+    ssize_t got = 0;
+    while ((got = readFully(state->file.get(), chunk)) > 0) {
+      state->drained.insert(state->drained.end(), chunk, chunk + got);
+    }
+    if (got < 0) {
+      set(error, win32Error(errno));
+      return std::nullopt;
+    }
+    state->size = state->drained.size();
+  }
+  return InputFile(std::move(state));
+}
+
+std::uint64_t InputFile::size() const noexcept {
+  return state_->size;
+}
+
+bool InputFile::read(std::span<std::uint8_t> buffer, unsigned* error) {
+  std::size_t done = 0;
+  if (state_->regular) {
+    const ssize_t got = ::lseek(state_->file.get(), 0, SEEK_SET) == 0
+                            ? readFully(state_->file.get(), buffer)
+                            : ssize_t{-1};
+    if (got < 0) {
+      set(error, win32Error(errno));
+    } else {
+      done = static_cast<std::size_t>(got);
+      set(error, kErrorReadFault);
+    }
+  } else {
+    done = std::min(buffer.size(), state_->drained.size());
+    std::copy_n(state_->drained.begin(), done, buffer.begin());
+    set(error, kErrorReadFault);
+  }
+  if (done == buffer.size()) {
+    set(error, 0);
+    return true;
+  }
+  std::fill(buffer.begin() + static_cast<std::ptrdiff_t>(done), buffer.end(), std::uint8_t{0});
+  return false;
+}
+
+unsigned writeWholeFile(const char* path, std::span<const std::uint8_t> content) {
+  struct stat status {};
+  const bool exists = ::stat(path, &status) == 0;
+  if (exists && !S_ISREG(status.st_mode)) return win32Error(writeInPlace(path, content));
+  // A link keeps pointing where it points: the new file goes beside its target.
+  std::string target = path;
+  if (char resolved[PATH_MAX]; exists && ::realpath(path, resolved) != nullptr) target = resolved;
+  if (exists && ::access(target.c_str(), W_OK) != 0) return win32Error(errno);
+  const int failure = writeBesideAndRename(target, exists ? &status : nullptr, content);
+  const bool folderTakesNone = failure == EACCES || failure == EPERM || failure == EROFS;
+  if (exists && folderTakesNone) return win32Error(writeInPlace(path, content));
+  return win32Error(failure);
+}
+
+}  // namespace mmsbrix::platform

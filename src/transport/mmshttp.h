@@ -1,0 +1,30 @@
+// CMMSHttp: submission to an MMS relay by HTTP POST, through a proxy or directly.
+#ifndef MMSBRIX_TRANSPORT_MMSHTTP_H
+#define MMSBRIX_TRANSPORT_MMSHTTP_H
+
+#include "../export.h"
+#include "mmscomm.h"
+
+/// The HTTP transport.  It blocks while it sends.  http and https URLs; certificates are verified.
+class MMSBRIX_API CMMSHttp : public CMMSComm {
+ public:
+  CMMSHttp();
+  CMMSHttp(const CMMSHttp& other);
+  CMMSHttp& operator=(const CMMSHttp& other);
+  /// Does not disconnect: call DisconnectGtw first.
+  ~CMMSHttp() override;
+
+  /// `host` and `port` are the HTTP proxy; a null or empty host means a direct connection.  No
+  /// connection is attempted yet.  `param` is ignored.
+  bool ConnectGtw(const char* host, unsigned int port, unsigned long param) override;
+  /// Closes the session, with any kept connection to the proxy or relay.
+  void DisconnectGtw() override;
+  /// Posts the file to `url`; `param` is ignored.  False when not connected.
+  bool SendMMS(const char* url, const char* file, unsigned long param) override;
+  /// 0, with `text` untouched, when not connected.
+  unsigned long GetResult(char* text) override;
+  /// Does nothing and returns true.
+  bool Abort() override;
+};
+
+#endif  // MMSBRIX_TRANSPORT_MMSHTTP_H

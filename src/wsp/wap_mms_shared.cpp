@@ -129,6 +129,17 @@ void writeValueLength(Writer& out, std::uint32_t length) noexcept {
   }
 }
 
+void insertValueLength(Writer& out, std::size_t begin) noexcept {
+  const auto length = static_cast<std::uint32_t>(out.size() - begin);
+  std::uint8_t prefix[1 + kMaxUintvarOctets] = {static_cast<std::uint8_t>(length)};
+  std::size_t octets = 1;
+  if (length >= kLengthQuote) {
+    prefix[0] = kLengthQuote;
+    octets += encodeUintvar(length, prefix + 1);
+  }
+  out.insert(begin, Octets(prefix, octets));
+}
+
 std::size_t valueLengthSize(std::uint32_t length) noexcept {
   return length < kLengthQuote ? 1 : 1 + uintvarSize(length);
 }

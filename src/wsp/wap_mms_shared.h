@@ -62,6 +62,8 @@ void writeInteger(Writer& out, std::uint64_t value) noexcept;
 std::optional<std::uint64_t> readInteger(Reader& in) noexcept;
 
 void writeValueLength(Writer& out, std::uint32_t length) noexcept;
+/// Puts in, at `begin`, the value-length of all that has been written from there on.
+void insertValueLength(Writer& out, std::size_t begin) noexcept;
 [[nodiscard]] std::size_t valueLengthSize(std::uint32_t length) noexcept;
 /// Reads a value-length; nothing when the next octet opens none or its uintvar is broken.
 std::optional<std::uint32_t> readValueLength(Reader& in) noexcept;

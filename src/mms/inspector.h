@@ -12,16 +12,9 @@
 #include <vector>
 
 #include "../export.h"
+#include "value_form.h"
 
 namespace mmsbrix {
-
-/// How the value of a field stands on the wire.
-enum class ValueForm {
-  none,            ///< no octet of it is there
-  shortInteger,    ///< one octet, 0x80 and above
-  lengthPrefixed,  ///< a value-length or a long integer, then that many octets
-  text,            ///< characters up to a zero octet
-};
 
 /// What is odd about a PDU.  The kind is for programs, the text for people.
 enum class RemarkKind {

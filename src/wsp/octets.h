@@ -134,6 +134,19 @@ class Writer {
   }
   void append(std::string_view text) noexcept { append(asOctets(text)); }
 
+  /// Puts octets in at `position`, moving what stands behind it: for lengths known only afterwards.
+  void insert(std::size_t position, Octets octets) noexcept {
+    if (octets.size() > capacity_ - size_ && !grow(size_ + octets.size())) return;
+    std::memmove(data_ + position + octets.size(), data_ + position, size_ - position);
+    std::memcpy(data_ + position, octets.data(), octets.size());
+    size_ += octets.size();
+  }
+
+  /// Drops what was written from `size` on.
+  void truncate(std::size_t size) noexcept {
+    if (size < size_) size_ = size;
+  }
+
   /// Hands the buffer over to the caller, who frees it with `free`; the writer is empty afterwards.
   [[nodiscard]] std::uint8_t* release() noexcept {
     size_ = capacity_ = 0;

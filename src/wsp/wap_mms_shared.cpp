@@ -48,6 +48,10 @@ Uintvar decodeUintvar(Octets octets) noexcept {
   return result;
 }
 
+Uintvar decodeUintvar(Octets buffer, std::size_t available) noexcept {
+  return decodeUintvar(available < buffer.size() ? buffer.first(available + 1) : buffer);
+}
+
 Uintvar peekUintvar(const Reader& in, std::size_t place) noexcept {
   return decodeUintvar(in.peek(place, kMaxUintvarOctets));
 }
@@ -63,6 +67,16 @@ bool isUintvar(Octets octets) noexcept {
   if (octets.empty() || octets.front() == 0x80) return false;
   return std::ranges::any_of(octets.first(std::min(octets.size(), kMaxUintvarOctets)),
                              [](std::uint8_t octet) { return octet < 0x80; });
+}
+
+void writeShortInteger(Writer& out, std::uint8_t value) noexcept {
+  out.octet(value | kShortIntegerBit);
+}
+
+std::optional<std::uint8_t> readShortInteger(Reader& in) noexcept {
+  const auto octet = in.octet();
+  if (!octet) return std::nullopt;
+  return static_cast<std::uint8_t>(*octet & 0x7F);
 }
 
 std::size_t longIntegerOctets(std::uint64_t value) noexcept {
@@ -90,7 +104,7 @@ std::optional<std::uint64_t> readLongInteger(Reader& in) noexcept {
 
 void writeInteger(Writer& out, std::uint64_t value) noexcept {
   if (value < 0x80) {
-    out.octet(static_cast<std::uint8_t>(value | kShortIntegerBit));
+    writeShortInteger(out, static_cast<std::uint8_t>(value));
   } else {
     writeLongInteger(out, value);
   }
@@ -102,10 +116,7 @@ std::size_t integerSize(std::uint64_t value) noexcept {
 
 std::optional<std::uint64_t> readInteger(Reader& in) noexcept {
   const auto first = in.peekOctet();
-  if (first && *first >= kShortIntegerBit) {
-    in.skip(1);
-    return *first & 0x7FU;
-  }
+  if (first && *first >= kShortIntegerBit) return readShortInteger(in);
   return readLongInteger(in);
 }
 
@@ -116,6 +127,17 @@ void writeValueLength(Writer& out, std::uint32_t length) noexcept {
     out.octet(kLengthQuote);
     writeUintvar(out, length);
   }
+}
+
+void insertValueLength(Writer& out, std::size_t begin) noexcept {
+  const auto length = static_cast<std::uint32_t>(out.size() - begin);
+  std::uint8_t prefix[1 + kMaxUintvarOctets] = {static_cast<std::uint8_t>(length)};
+  std::size_t octets = 1;
+  if (length >= kLengthQuote) {
+    prefix[0] = kLengthQuote;
+    octets += encodeUintvar(length, prefix + 1);
+  }
+  out.insert(begin, Octets(prefix, octets));
 }
 
 std::size_t valueLengthSize(std::uint32_t length) noexcept {
@@ -132,8 +154,7 @@ std::optional<std::uint32_t> readValueLength(Reader& in) noexcept {
 
 void writeTextString(Writer& out, std::string_view text) noexcept {
   if (!text.empty() && static_cast<std::uint8_t>(text.front()) >= 0x80) out.octet(kTextQuote);
-  out.append(text);
-  out.octet(0);
+  writeTokenText(out, text);
 }
 
 std::size_t textStringSize(std::string_view text) noexcept {
@@ -144,6 +165,15 @@ std::size_t textStringSize(std::string_view text) noexcept {
 std::string_view readTextString(Reader& in) noexcept {
   if (in.peekOctet() == kTextQuote) in.skip(1);
   return in.text();
+}
+
+void writeTokenText(Writer& out, std::string_view text) noexcept {
+  out.append(text);
+  out.octet(0);
+}
+
+bool zeroAhead(const Reader& in) noexcept {
+  return asText(in.rest()).find('\0') != std::string_view::npos;
 }
 
 bool opensTextString(std::uint8_t octet) noexcept {

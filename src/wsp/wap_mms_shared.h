@@ -33,12 +33,20 @@ struct Uintvar {
 /// Decodes a uintvar of at most five octets from `octets`; bits shifted out of 32 are lost.  An
 /// unterminated one reports "decodeUintvar(): error".
 Uintvar decodeUintvar(Octets octets) noexcept;
+/// The same for `buffer` of which `available` octets are said to be there.  Only an octet count
+/// above `available` is an error, so one octet past it may be taken, but never one past `buffer`.
+Uintvar decodeUintvar(Octets buffer, std::size_t available) noexcept;
 /// Decodes a uintvar at the 1-based `place` ahead of the cursor; consumes nothing.
 Uintvar peekUintvar(const Reader& in, std::size_t place) noexcept;
 /// Reads a uintvar and skips the octets it used; nothing when it is unterminated.
 std::optional<std::uint32_t> readUintvar(Reader& in) noexcept;
 /// True when `octets` begins with a terminated uintvar that has no leading zero group (0x80).
 bool isUintvar(Octets octets) noexcept;
+
+/// Writes the low seven bits of `value` as a short-integer.
+void writeShortInteger(Writer& out, std::uint8_t value) noexcept;
+/// Reads one octet without its high bit; nothing at the end of the input.
+std::optional<std::uint8_t> readShortInteger(Reader& in) noexcept;
 
 /// Minimal octet count of `value` in a long-integer, 1 to 8.
 [[nodiscard]] std::size_t longIntegerOctets(std::uint64_t value) noexcept;
@@ -54,6 +62,8 @@ void writeInteger(Writer& out, std::uint64_t value) noexcept;
 std::optional<std::uint64_t> readInteger(Reader& in) noexcept;
 
 void writeValueLength(Writer& out, std::uint32_t length) noexcept;
+/// Puts in, at `begin`, the value-length of all that has been written from there on.
+void insertValueLength(Writer& out, std::size_t begin) noexcept;
 [[nodiscard]] std::size_t valueLengthSize(std::uint32_t length) noexcept;
 /// Reads a value-length; nothing when the next octet opens none or its uintvar is broken.
 std::optional<std::uint32_t> readValueLength(Reader& in) noexcept;
@@ -65,6 +75,10 @@ void writeTextString(Writer& out, std::string_view text) noexcept;
 /// Reads a text-string: a leading quote octet is passed over, the zero is consumed, a missing zero
 /// leaves the text as far as it goes.
 std::string_view readTextString(Reader& in) noexcept;
+/// Writes the characters and a zero, without a quote octet.
+void writeTokenText(Writer& out, std::string_view text) noexcept;
+/// True when a zero octet is ahead, so that a text does not run out of the input.
+[[nodiscard]] bool zeroAhead(const Reader& in) noexcept;
 /// True for an octet that may open a text-string: 127, 0, 32 to 126, and 9, 10, 13.
 [[nodiscard]] bool opensTextString(std::uint8_t octet) noexcept;
 

@@ -27,6 +27,11 @@ struct StringInt {
 /// Encoding-version indexes as they stand in the high half of a row's number.
 enum Version : std::uint32_t { kVersion11, kVersion12, kVersion13, kVersion14, kVersion15 };
 
+/// The number of a row: the version index in the high half, the code in the low one.
+constexpr std::uint32_t row(Version from, std::uint32_t code) noexcept {
+  return (static_cast<std::uint32_t>(from) << 16) | code;
+}
+
 /// A table: rows in their required order.  A row without name ends it early.
 struct AssignmentsBase {
   const StringInt* rows;

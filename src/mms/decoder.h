@@ -1,0 +1,16 @@
+// Octets to messages.  [OMA-MMS-ENC 6, 7; WAP-230 8.5 multipart]
+#ifndef MMSBRIX_MMS_DECODER_H
+#define MMSBRIX_MMS_DECODER_H
+
+#include "model/mmsg.h"
+#include "wsp/octets.h"
+
+namespace mmsbrix {
+
+/// Clears `message` and fills it from a PDU of any type.  Lengths in the data are clamped to what
+/// is there; time is linear in the size.
+void decodeMessage(Octets pdu, CMMsg& message);
+
+}  // namespace mmsbrix
+
+#endif  // MMSBRIX_MMS_DECODER_H

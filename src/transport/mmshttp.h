@@ -2,6 +2,9 @@
 #ifndef MMSBRIX_TRANSPORT_MMSHTTP_H
 #define MMSBRIX_TRANSPORT_MMSHTTP_H
 
+#include <cstdint>
+#include <functional>
+
 #include "../export.h"
 #include "mmscomm.h"
 
@@ -25,6 +28,16 @@ class MMSBRIX_API CMMSHttp : public CMMSComm {
   unsigned long GetResult(char* text) override;
   /// Does nothing and returns true.
   bool Abort() override;
+
+  /// Told how many octets of a message are sent and how many there are: when that changes, and
+  /// about once a second while nothing does.  Returning false cancels the SendMMS under way, whose
+  /// code then is 12017; so does an exception.
+  using Progress = std::function<bool(std::uint64_t octetsSent, std::uint64_t octetsTotal)>;
+  /// Replaces the function that the following SendMMS calls tell; an empty one ends that.
+  void SetProgress(Progress progress);
+
+ private:
+  Progress progress_;
 };
 
 #endif  // MMSBRIX_TRANSPORT_MMSHTTP_H

@@ -3,6 +3,9 @@
 #define MMSBRIX_MMSBRIX_H
 
 #include "export.h"
+#include "convert/media_types.h"
+#include "mms/charsets.h"
+#include "mms/dates.h"
 #include "mms/inspector.h"
 #include "mms/mmscodec.h"
 #include "model/mmsg.h"

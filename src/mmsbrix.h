@@ -2,8 +2,8 @@
 #ifndef MMSBRIX_MMSBRIX_H
 #define MMSBRIX_MMSBRIX_H
 
-#include "export.h"
 #include "convert/media_types.h"
+#include "export.h"
 #include "mms/charsets.h"
 #include "mms/dates.h"
 #include "mms/inspector.h"

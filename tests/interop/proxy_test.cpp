@@ -17,7 +17,7 @@
 #include "relay_server.h"
 #include "support/raw_server.h"
 #include "support/send_req.h"
-#include "support/temp_folder.h"
+#include "support/temporary_folder.h"
 
 extern char** environ;
 
@@ -28,10 +28,10 @@ namespace {
 class Tinyproxy {
  public:
   explicit Tinyproxy(const std::string& moreConfiguration = "") {
-    const std::string configuration = folder_.write(
+    const std::string configuration = folder_.put(
         "tinyproxy.conf", "Port " + std::to_string(port_) +
                               "\nListen 127.0.0.1\nAllow 127.0.0.1\nTimeout 60\nMaxClients 10\n" +
-                              "LogFile \"" + folder_ / "log" + "\"\n" + moreConfiguration);
+                              "LogFile \"" + folder_.path("log") + "\"\n" + moreConfiguration);
     std::string program = "tinyproxy", debug = "-d", option = "-c", file = configuration;
     std::array<char*, 5> arguments = {program.data(), debug.data(), option.data(), file.data(),
                                       nullptr};
@@ -58,15 +58,15 @@ class Tinyproxy {
   [[nodiscard]] bool ready() const {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     while (std::chrono::steady_clock::now() < deadline) {
-      if (readAll(folder_ / "log").find("Accepting connections") != std::string::npos) return true;
+      if (folder_.get("log").find("Accepting connections") != std::string::npos) return true;
       std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return false;
   }
-  [[nodiscard]] std::string log() const { return readAll(folder_ / "log"); }
+  [[nodiscard]] std::string log() const { return folder_.get("log"); }
 
  private:
-  TempFolder folder_;
+  TemporaryFolder folder_;
   unsigned port_ = closedPort();
   pid_t pid_ = -1;
 };
@@ -85,14 +85,14 @@ TEST(HttpProxy, MessagesReachTheRelayAndAnswersComeBack) {
   const auto relay = tool::RelayServer::start({.responseText = "by proxy"}, error);
   ASSERT_TRUE(relay) << error;
 
-  const TempFolder folder;
+  const TemporaryFolder folder;
   const std::string url = "http://" + relay->address() + "/mms?a=b";
   CMMSHttp http;
   ASSERT_TRUE(http.ConnectGtw("127.0.0.1", proxy.port(), 0));
   char text[512];
   for (const std::size_t octets : {std::size_t{5}, std::size_t{2} << 20}) {
     const std::string pdu = encodeSendReq({.content = std::string(octets, 'o')});
-    EXPECT_TRUE(http.SendMMS(url.c_str(), folder.write("m.mms", pdu).c_str(), 0));
+    EXPECT_TRUE(http.SendMMS(url.c_str(), folder.put("m.mms", pdu).c_str(), 0));
     EXPECT_EQ(http.GetResult(text), 0x80u);
     EXPECT_STREQ(text, "by proxy");
     const tool::RelayExchange exchange = relay->exchanges().back();
@@ -102,7 +102,7 @@ TEST(HttpProxy, MessagesReachTheRelayAndAnswersComeBack) {
   }
   // What the proxy itself says: there is no such server.
   const std::string nowhere = "http://127.0.0.1:" + std::to_string(closedPort()) + "/";
-  EXPECT_FALSE(http.SendMMS(nowhere.c_str(), (folder / "m.mms").c_str(), 0));
+  EXPECT_FALSE(http.SendMMS(nowhere.c_str(), folder.path("m.mms").c_str(), 0));
   EXPECT_GE(http.GetResult(nullptr), 500u);
   EXPECT_LE(http.GetResult(nullptr), 505u);
   http.DisconnectGtw();
@@ -113,8 +113,8 @@ TEST(HttpProxy, ItsDemandForCredentialsIsReported) {
   if (!proxy.installed() && !mustBeInstalled()) GTEST_SKIP() << "tinyproxy is not installed";
   ASSERT_TRUE(proxy.installed());
   ASSERT_TRUE(proxy.ready()) << proxy.log();
-  const TempFolder folder;
-  const std::string file = folder.write("m.mms", encodeSendReq());
+  const TemporaryFolder folder;
+  const std::string file = folder.put("m.mms", encodeSendReq());
   CMMSHttp http;
   http.SetCredentials("user", "pass");
   ASSERT_TRUE(http.ConnectGtw("127.0.0.1", proxy.port(), 0));

@@ -12,7 +12,7 @@
 
 #include "support/mms_http.h"
 #include "support/raw_server.h"
-#include "support/temp_folder.h"
+#include "support/temporary_folder.h"
 
 namespace mmsbrix::test {
 namespace {
@@ -36,14 +36,14 @@ class Submission {
   Submission& operator=(const Submission&) = delete;
 
   bool send(const std::string& url, const std::string& message = "message") {
-    return http_.SendMMS(url.c_str(), folder_.write("out.mms", message).c_str(), 0);
+    return http_.SendMMS(url.c_str(), folder_.put("out.mms", message).c_str(), 0);
   }
   unsigned long code() { return http_.GetResult(nullptr); }
   CMMSHttp& http() { return http_; }
 
  private:
   CMMSHttp http_;
-  TempFolder folder_;
+  TemporaryFolder folder_;
 };
 
 RawReply ok() {
@@ -335,8 +335,8 @@ TEST(HttpSubmission, ProgressTellsOctetsAndCancels) {
 TEST(HttpSubmission, TraceShowsEachStepWithMaskedCredentials) {
   const std::string conf = "\x8C\x81\x98T1\0\x8D\x90\x92\x86\x93late\0\x8Bm@r\0"s;
   RawServer proxy(RawReply{{httpAnswer(conf, kMmsType, "200 Fine")}});
-  TempFolder folder;
-  const std::string file = folder.write("out.mms", "12345");
+  TemporaryFolder folder;
+  const std::string file = folder.put("out.mms", "12345");
   std::vector<std::string> lines;
   setTraceSink([&lines](std::string_view line) { lines.emplace_back(line); });
   CMMSHttp http;

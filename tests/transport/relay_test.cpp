@@ -21,7 +21,7 @@
 #include "relay_server.h"
 #include "support/mms_http.h"
 #include "support/send_req.h"
-#include "support/temp_folder.h"
+#include "support/temporary_folder.h"
 
 namespace mmsbrix::test {
 namespace {
@@ -160,18 +160,18 @@ TEST(Relay, EveryTruncatedMessageIsCorrupt) {
 }
 
 TEST(Relay, StoresMessagesWholeUnderNamesOfTheirOwn) {
-  const TempFolder folder;
-  const auto relay = startRelay({.storeDirectory = folder / "new/store"});
+  const TemporaryFolder folder;
+  const auto relay = startRelay({.storeDirectory = folder.path("new/store")});
   const std::vector<std::string> pdus = {encodeSendReq(), encodeSendReq({.content = "again"})};
   for (const std::string& pdu : pdus) ask(*relay, requestOf(pdu));
   ask(*relay, requestOf("no PDU"));
   std::vector<std::string> stored;
-  for (const auto& entry : std::filesystem::directory_iterator(folder / "new/store")) {
+  for (const auto& entry : std::filesystem::directory_iterator(folder.path("new/store"))) {
     EXPECT_EQ(entry.path().extension(), ".mms");
-    stored.push_back(readAll(entry.path()));
+    stored.push_back(folder.get(entry.path().string()));
   }
   EXPECT_THAT(stored, testing::UnorderedElementsAreArray(pdus));
-  std::filesystem::remove_all(folder / "new/store");
+  std::filesystem::remove_all(folder.path("new/store"));
   ask(*relay, requestOf(pdus[0]));
   EXPECT_EQ(relay->exchanges().back().responseStatus, 0x81);
 }
@@ -253,14 +253,14 @@ class SharedText : public std::streambuf {
 };
 
 TEST(RelayCommand, TellsItsAddressAndStopsAfterItsCount) {
-  const TempFolder folder;
+  const TemporaryFolder folder;
   CLI::App app;
   RelayCommand command;
   addRelay(app, command);
   app.parse(
       "relay --listen 127.0.0.1:0 --count 2 --status Error-network-problem --text later "
       "--credentials " +
-      folder.write("credentials", "user:pass\n"));
+      folder.put("credentials", "user:pass\n"));
   SharedText buffer;
   std::ostream out(&buffer);
   std::ostringstream err;
@@ -270,7 +270,7 @@ TEST(RelayCommand, TellsItsAddressAndStopsAfterItsCount) {
   while (buffer.text().find("/\n") == std::string::npos) std::this_thread::yield();
   EXPECT_THAT(buffer.text(), StartsWith(begin));
   const std::string url = buffer.text().substr(13, buffer.text().find('\n') - 13);
-  const std::string file = folder.write("m.mms", encodeSendReq());
+  const std::string file = folder.put("m.mms", encodeSendReq());
   CMMSHttp http;
   http.ConnectGtw(nullptr, 0, 0);
   EXPECT_FALSE(http.SendMMS(url.c_str(), file.c_str(), 0));

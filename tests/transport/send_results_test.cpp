@@ -11,7 +11,7 @@
 #include "support/mms_http.h"
 #include "support/raw_server.h"
 #include "support/send_req.h"
-#include "support/temp_folder.h"
+#include "support/temporary_folder.h"
 
 namespace mmsbrix::test {
 namespace {
@@ -179,8 +179,9 @@ TEST(SendResults, EachEndHasItsCodeAndText) {
     std::string url = c.url.empty() ? "http://" + relay->address() + "/mms" : c.url;
     if (!c.answer.empty()) url = raw.url();
     if (c.url == "https") url = "https://" + relay->address() + "/";
-    const TempFolder folder;
-    const std::string file = c.fileMissing ? folder / "missing" : folder.write("m.mms", c.message);
+    const TemporaryFolder folder;
+    const std::string file =
+        c.fileMissing ? folder.path("missing") : folder.put("m.mms", c.message);
 
     CMMSHttp http;
     http.SetCredentials("user", "pass");
@@ -200,15 +201,15 @@ TEST(SendResults, BelongToTheLastSubmission) {
   const auto relay = RelayServer::start({.responseText = "thank you"}, error);
   ASSERT_TRUE(relay) << error;
   const std::string url = "http://" + relay->address() + "/mms";
-  const TempFolder folder;
-  const std::string file = folder.write("m.mms", encodeSendReq());
+  const TemporaryFolder folder;
+  const std::string file = folder.put("m.mms", encodeSendReq());
   char text[512];
   CMMSHttp http;
   http.ConnectGtw("", 0, 0);
   EXPECT_TRUE(http.SendMMS(url.c_str(), file.c_str(), 0));
   EXPECT_EQ(http.GetResult(text), 0x80u);
   EXPECT_STREQ(text, "thank you");
-  EXPECT_FALSE(http.SendMMS(url.c_str(), (folder / "missing").c_str(), 0));
+  EXPECT_FALSE(http.SendMMS(url.c_str(), folder.path("missing").c_str(), 0));
   EXPECT_EQ(http.GetResult(text), 2u);
   EXPECT_STREQ(text, "File not found");
   EXPECT_FALSE(http.SendMMS(nullptr, nullptr, 0));

@@ -57,14 +57,18 @@ class Composer {
  private:
   void problem(std::string text) { problems_.push_back(std::move(text)); }
 
+  // The address; one whose kind cannot be told is a problem, and with force of the other kind.
+  std::optional<CMMAddr> address(const std::string& text) {
+    std::string error;
+    auto parsed = parseRecipient(text, false, error);
+    if (parsed) return parsed;
+    problem(error);
+    return command_.force ? parseRecipient(text, true, error) : std::nullopt;
+  }
+
   void addRecipients(const std::vector<std::string>& texts, CMMAddrList& list) {
     for (const std::string& text : texts) {
-      std::string error;
-      if (const auto address = parseRecipient(text, command_.force, error)) {
-        list.Add(&*address);
-      } else {
-        problem(error);
-      }
+      if (const auto recipient = address(text)) list.Add(&*recipient);
     }
   }
 
@@ -89,12 +93,7 @@ class Composer {
 
   void setFields() {
     if (!command_.from.empty()) {
-      std::string error;
-      if (const auto from = parseRecipient(command_.from, command_.force, error)) {
-        message_.SetFrom(&*from);
-      } else {
-        problem(error);
-      }
+      if (const auto from = address(command_.from)) message_.SetFrom(&*from);
     }
     if (command_.hasSubject) {
       const CMMString subject = inCharset(command_.subject, "the subject");
@@ -196,7 +195,7 @@ class Composer {
     const bool single = command_.container == Container::single;
     if (single) {
       if (plans_.size() > 1)
-        problem("--single takes one part, there are " + std::to_string(plans_.size()));
+        problem("--body single takes one part, there are " + std::to_string(plans_.size()));
       root = std::move(plans_.front().content);
       addContentType(plans_.front(), root, false);
       return;

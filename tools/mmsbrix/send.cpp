@@ -116,13 +116,18 @@ CLI::App* addSend(CLI::App& app, SendCommand& command) {
 std::string resultCodeText(unsigned long code) {
   char text[32];
   if (code == 0) return "no code";
-  if (code >= 0x80 && code <= 0xFF &&
-      (code < 100 || !responseStatusName(static_cast<int>(code)).empty())) {
-    std::snprintf(text, sizeof text, "0x%02lX", code);
+  // Response statuses and HTTP statuses share the range; none of the success codes is assigned
+  // twice.
+  const bool isHttp = code >= 100 && code <= 599 && (code < 0x80 || code > 0xFF || code / 10 == 20);
+  if (isHttp) {
+    std::snprintf(text, sizeof text, "HTTP %lu", code);
+  } else if (code >= 0x80 && code <= 0xFF) {
     const std::string name = responseStatusName(static_cast<int>(code));
-    return name.empty() ? text : std::string(text) + ' ' + name;
+    std::snprintf(text, sizeof text, name.empty() ? "0x%02lX" : "0x%02lX ", code);
+    return text + name;
+  } else {
+    std::snprintf(text, sizeof text, "error %lu", code);
   }
-  std::snprintf(text, sizeof text, code >= 100 && code <= 599 ? "HTTP %lu" : "error %lu", code);
   return text;
 }
 

@@ -25,10 +25,9 @@ std::string shown(const std::string& pdu, bool asJson, bool asHex, int expected 
 }
 
 TEST(Show, APeoplesTable) {
-  const std::string text = shown(
-      bytes(
-          "8C 84 8D 92 96 04 84 'A' E4 00 84 B3 01 0C 02 03 83 81 EA 8E 'x' 1B 'x' 00 C0 7F 00 'ab'"),
-      false, false);
+  const std::string text = shown(bytes("8C 84 8D 92 96 04 84 'A' E4 00 84 B3 01 0C 02 03 83 81 EA "
+                                       "8E 'x' 1B 'x' 00 C0 7F 00 'ab'"),
+                                 false, false);
   EXPECT_EQ(text,
             "m-retrieve-conf, 29 octets\n"
             "\n"

@@ -8,13 +8,13 @@
 
 namespace mmsbrix::test {
 
-inline std::string bigEndian(std::uint32_t value, int octets) {
+inline std::string bigEndian(std::uint64_t value, int octets) {
   std::string text;
   for (int shift = 8 * (octets - 1); shift >= 0; shift -= 8)
-    text += static_cast<char>(value >> shift);
+    text += static_cast<char>(value >> shift & 0xFF);
   return text;
 }
-inline std::string littleEndian(std::uint32_t value, int octets) {
+inline std::string littleEndian(std::uint64_t value, int octets) {
   const std::string reversed = bigEndian(value, octets);
   return {reversed.rbegin(), reversed.rend()};
 }

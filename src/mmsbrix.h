@@ -2,12 +2,16 @@
 #ifndef MMSBRIX_MMSBRIX_H
 #define MMSBRIX_MMSBRIX_H
 
+#include "convert/media_types.h"
 #include "export.h"
+#include "mms/charsets.h"
+#include "mms/dates.h"
 #include "mms/inspector.h"
 #include "mms/mmscodec.h"
 #include "model/mmsg.h"
 #include "transport/mmshttp.h"
 #include "transport/trace_log.h"
+#include "version.h"
 #include "wsp/diagnostics.h"
 
 #endif  // MMSBRIX_MMSBRIX_H

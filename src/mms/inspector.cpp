@@ -70,10 +70,13 @@ class Inspector {
       remark(RemarkKind::trailingOctets, walker.position(),
              countText(pdu_.size() - walker.position(), "octet") + " behind the broken field");
     }
-    if (const InspectedField* type = result_.find(kMessageType); type != nullptr && type->number) {
-      result_.messageType = static_cast<int>(*type->number);
-      result_.messageTypeName = messageTypeName(result_.messageType);
+    // Of several message types the last one counts, as it does when decoding.
+    for (const InspectedField& field : result_.fields) {
+      if (field.code == kMessageType && field.page == kFirstPage && field.number) {
+        result_.messageType = static_cast<int>(*field.number);
+      }
     }
+    result_.messageTypeName = messageTypeName(result_.messageType);
   }
 
   // Stray zeros and page shifts are no fields; they only make remarks.

@@ -15,19 +15,15 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
-#include <fstream>
 #include <mutex>
 #include <ostream>
 #include <utility>
 
+#include "command.h"
 #include "relay_server.h"
 
 namespace mmsbrix::tool {
 namespace {
-
-constexpr int kDone = 0;
-constexpr int kFailed = 1;
-constexpr int kWrongUsage = 2;
 
 /// Takes SIGINT and SIGTERM from their handlers into a descriptor, for this thread and those that
 /// it starts, and gives them back at the end.
@@ -80,16 +76,6 @@ bool parseNumber(std::string_view text, int base, Number& number) {
   return error == std::errc{} && end == text.data() + text.size() && !text.empty();
 }
 
-bool parseAddress(const std::string& text, std::string& host, std::uint16_t& port) {
-  const std::size_t colon = text.rfind(':');
-  if (colon == std::string::npos || colon == 0) return false;
-  host = text.substr(0, colon);
-  if (host.size() > 2 && host.front() == '[' && host.back() == ']') {
-    host = host.substr(1, host.size() - 2);
-  }
-  return parseNumber(std::string_view(text).substr(colon + 1), 10, port);
-}
-
 // A response status by its number, "0x84" or "132", or by its name, "Error-network-problem".
 bool parseStatus(const std::string& text, std::uint8_t& status) {
   const bool hex = text.starts_with("0x") || text.starts_with("0X");
@@ -107,7 +93,7 @@ bool parseStatus(const std::string& text, std::uint8_t& status) {
 
 // What is asked for, as options of the server.  An exit status, with a line on `err` unless done.
 int fillOptions(const RelayCommand& command, RelayOptions& options, std::ostream& err) {
-  if (!parseAddress(command.listen, options.host, options.port)) {
+  if (!parseEndpoint(command.listen, std::nullopt, options.host, options.port)) {
     err << "mmsbrix relay: --listen: not HOST:PORT: " << command.listen << "\n";
     return kWrongUsage;
   }
@@ -119,16 +105,13 @@ int fillOptions(const RelayCommand& command, RelayOptions& options, std::ostream
     options.responseStatus = status;
   }
   if (!command.credentialsFile.empty()) {
-    std::ifstream file(command.credentialsFile);
-    std::getline(file, options.credentials);
-    if (!options.credentials.empty() && options.credentials.back() == '\r') {
-      options.credentials.pop_back();
-    }
-    if (options.credentials.find(':') == std::string::npos) {
-      err << "mmsbrix relay: --credentials: no user:password in the first line of "
-          << command.credentialsFile << "\n";
+    std::string error;
+    const auto credentials = readCredentials(command.credentialsFile, error);
+    if (!credentials) {
+      err << "mmsbrix relay: --credentials: " << printable(error) << "\n";
       return kFailed;
     }
+    options.credentials = credentials->user + ':' + credentials->password;
   }
   options.storeDirectory = command.storeDirectory;
   options.responseText = command.text;

@@ -1,0 +1,53 @@
+// The desktop's shared media-type database: in each data folder "mime/globs2", lines
+// "weight:type:pattern[:flags]" with the heaviest first.
+#include "platform/media_types.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <vector>
+
+#include "platform/ascii.h"
+
+namespace mmsbrix::platform {
+namespace {
+
+std::string environment(const char* name, const std::string& otherwise) {
+  const char* value = std::getenv(name);
+  return value == nullptr || *value == 0 ? otherwise : value;
+}
+
+// The folders of the XDG base directories, the user's own first.
+std::vector<std::string> dataFolders() {
+  std::vector<std::string> folders;
+  folders.push_back(environment("XDG_DATA_HOME", environment("HOME", "") + "/.local/share"));
+  const std::string shared = environment("XDG_DATA_DIRS", "/usr/local/share:/usr/share");
+  for (std::size_t begin = 0; begin <= shared.size();) {
+    const std::size_t end = std::min(shared.find(':', begin), shared.size());
+    if (end > begin) folders.push_back(shared.substr(begin, end - begin));
+    begin = end + 1;
+  }
+  return folders;
+}
+
+}  // namespace
+
+std::string mediaTypeOfExtension(std::string_view extension) {
+  for (const std::string& folder : dataFolders()) {
+    std::ifstream globs(folder + "/mime/globs2");
+    for (std::string line; std::getline(globs, line);) {
+      const std::string_view row = line;
+      if (row.starts_with('#')) continue;
+      const std::size_t type = row.find(':');
+      const std::size_t pattern = row.find(':', type + 1);
+      if (type == std::string_view::npos || pattern == std::string_view::npos) continue;
+      const std::string_view glob =
+          row.substr(pattern + 1, row.find(':', pattern + 1) - pattern - 1);
+      if (glob.starts_with('*') && equalsIgnoringCase(glob.substr(1), extension)) {
+        return std::string(row.substr(type + 1, pattern - type - 1));
+      }
+    }
+  }
+  return {};
+}
+
+}  // namespace mmsbrix::platform

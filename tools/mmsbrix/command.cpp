@@ -1,0 +1,163 @@
+#include "command.h"
+
+#include <mmsbrix/mms/charsets.h>
+#include <mmsbrix/model/mmpart.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <istream>
+#include <iterator>
+
+namespace mmsbrix::tool {
+
+std::optional<std::string> readAll(const std::string& path, std::istream& in, std::string& error) {
+  if (path == "-") {
+    std::string content{std::istreambuf_iterator<char>(in), {}};
+    if (!in.bad()) return content;
+    error = "standard input: cannot be read";
+    return std::nullopt;
+  }
+  CMMPart file;
+  errno = 0;
+  if (!file.Load(path.c_str())) {
+    error = path + ": " + (errno != 0 ? std::strerror(errno) : "cannot be read");
+    if (std::filesystem::is_directory(path)) error = path + ": is a directory";
+    return std::nullopt;
+  }
+  return std::string(reinterpret_cast<const char*>(file.GetContent()),
+                     static_cast<std::size_t>(file.GetContentLen()));
+}
+
+bool parseEndpoint(std::string_view text, std::optional<std::uint16_t> defaultPort,
+                   std::string& host, std::uint16_t& port) {
+  const bool bracketed = text.starts_with('[');
+  const std::size_t hostEnd = bracketed ? text.find(']') : text.find(':');
+  if (bracketed && hostEnd == std::string_view::npos) return false;
+  host = bracketed ? text.substr(1, hostEnd - 1) : text.substr(0, hostEnd);
+  std::string_view rest = text.substr(bracketed ? hostEnd + 1 : std::min(hostEnd, text.size()));
+  if (host.empty()) return false;
+  if (rest.empty() || rest == ":") {
+    port = defaultPort.value_or(0);
+    return defaultPort.has_value();
+  }
+  if (!rest.starts_with(':')) return false;
+  rest.remove_prefix(1);
+  const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), port);
+  return error == std::errc() && end == rest.data() + rest.size();
+}
+
+std::optional<Credentials> readCredentials(const std::string& path, std::string& error) {
+  std::ifstream file(path);
+  std::string line;
+  if (!file) {
+    error = path + ": cannot be opened";
+    return std::nullopt;
+  }
+  std::getline(file, line);
+  if (line.ends_with('\r')) line.pop_back();
+  const std::size_t colon = line.find(':');
+  if (colon == std::string::npos) {
+    error = path + ": no user:password in the first line";
+    return std::nullopt;
+  }
+  return Credentials{line.substr(0, colon), line.substr(colon + 1)};
+}
+
+std::string printable(std::string_view text) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  const bool utf8 = isUtf8(text);
+  std::string result;
+  for (const char c : text) {
+    const auto octet = static_cast<std::uint8_t>(c);
+    if (octet < 0x20 || octet == 0x7F || (octet >= 0x80 && !utf8)) {
+      result += "\\x";
+      result += kDigits[octet >> 4];
+      result += kDigits[octet & 15];
+    } else {
+      result += c;
+    }
+  }
+  return result;
+}
+
+std::string octetCount(std::uint64_t octets) {
+  return std::to_string(octets) + (octets == 1 ? " octet" : " octets");
+}
+
+namespace {
+constexpr std::string_view kBase64 =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+}
+
+std::string toBase64(std::string_view octets) {
+  std::string text;
+  text.reserve((octets.size() + 2) / 3 * 4);
+  for (std::size_t i = 0; i < octets.size(); i += 3) {
+    std::uint32_t group = 0;
+    const std::size_t count = std::min<std::size_t>(3, octets.size() - i);
+    for (std::size_t k = 0; k < 3; ++k) {
+      group = group << 8 | (k < count ? static_cast<std::uint8_t>(octets[i + k]) : 0U);
+    }
+    for (std::size_t k = 0; k < 4; ++k) {
+      text += k <= count ? kBase64[(group >> (18 - 6 * k)) & 63] : '=';
+    }
+  }
+  return text;
+}
+
+std::optional<std::string> fromBase64(std::string_view text) {
+  static const auto values = [] {
+    std::array<std::int8_t, 256> table{};
+    table.fill(-1);
+    for (std::size_t i = 0; i < kBase64.size(); ++i) {
+      table[static_cast<std::uint8_t>(kBase64[i])] = static_cast<std::int8_t>(i);
+    }
+    return table;
+  }();
+  if (text.size() % 4 != 0) return std::nullopt;
+  const std::size_t padding = text.ends_with("==") ? 2 : text.ends_with('=') ? 1 : 0;
+  text.remove_suffix(padding);
+  std::string octets;
+  octets.reserve(text.size() * 3 / 4);
+  std::uint32_t group = 0;
+  unsigned bits = 0;
+  for (const char c : text) {
+    const std::int8_t value = values[static_cast<std::uint8_t>(c)];
+    if (value < 0) return std::nullopt;
+    group = group << 6 | static_cast<std::uint32_t>(value);
+    bits += 6;
+    if (bits < 8) continue;
+    bits -= 8;
+    octets += static_cast<char>(group >> bits & 0xFF);
+  }
+  return octets;
+}
+
+TemporaryFile::TemporaryFile(std::string_view content) {
+  std::error_code error;
+  const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
+  std::string path = (error ? "/tmp" : folder.string()) + "/mmsbrix-XXXXXX";
+  const int file = ::mkstemp(path.data());
+  if (file < 0) return;
+  ::close(file);
+  std::ofstream out(path, std::ios::binary);
+  out.write(content.data(), static_cast<std::streamsize>(content.size()));
+  out.close();
+  if (out) {
+    path_ = path;
+  } else {
+    ::unlink(path.c_str());
+  }
+}
+
+TemporaryFile::~TemporaryFile() {
+  if (!path_.empty()) ::unlink(path_.c_str());
+}
+
+}  // namespace mmsbrix::tool

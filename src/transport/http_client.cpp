@@ -1,7 +1,6 @@
 #include "transport/http_client.h"
 
 #include <algorithm>
-#include <cstring>
 #include <new>
 #include <optional>
 #include <string_view>
@@ -210,7 +209,7 @@ unsigned long HttpClient::getResult(char* text) const {
   if (text != nullptr) {
     const std::string_view full = answered ? responseText_ : resultText(status_);
     const std::size_t length = std::min(full.size(), kTextSize - 1);
-    std::memcpy(text, full.data(), length);
+    full.copy(text, length);
     text[length] = '\0';
   }
   return answered ? responseStatus_ : status_;

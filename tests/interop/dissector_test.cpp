@@ -4,13 +4,13 @@
 #include <stdio.h>
 
 #include <array>
-#include <cstdlib>
 #include <memory>
 #include <sstream>
 #include <string>
 
 #include "command.h"
 #include "compose.h"
+#include "support/counterparty.h"
 #include "support/pcap.h"
 #include "support/temporary_folder.h"
 
@@ -32,11 +32,6 @@ std::string outputOf(const std::string& command) {
 
 bool dissectorIsThere() {
   return outputOf("tshark --version 2>/dev/null").find("TShark") != std::string::npos;
-}
-
-bool mustBeInstalled() {
-  const char* ci = std::getenv("CI");
-  return ci != nullptr && std::string(ci) == "true";
 }
 
 struct FieldCase {

@@ -91,7 +91,7 @@ TEST(ProxyUrl, FormsThatOperatorsPublish) {
   for (const auto& [proxy, url] : cases) EXPECT_EQ(proxyUrlOf(proxy), url) << proxy;
 }
 
-// Sends one empty POST; the error, 0 with an answer.
+// Sends one empty POST that gets no whole answer; the error, 0 with a status.
 unsigned post(const HttpSessionOptions& options, const UrlParts& server) {
   const auto session = HttpSession::open(options);
   const auto connection = session->connect(server, "", "");
@@ -106,6 +106,13 @@ TEST(HttpSession, ServerThatSaysNothingEndsWithATimeout) {
   const UrlParts server{.host = "127.0.0.1", .port = silent.port(), .path = "/"};
   EXPECT_EQ(post({.agent = "a", .proxy = "", .stallLimit = std::chrono::seconds(1)}, server),
             12002u);
+}
+
+TEST(HttpSession, AnswerWhoseHeadersBreakOffIsIncomplete) {
+  RawServer server(RawReply{{"HTTP/1.1 200 OK\r\nContent-Length: 0\r\n"}, true});
+  EXPECT_EQ(
+      post({.agent = "a", .proxy = ""}, {.host = "127.0.0.1", .port = server.port(), .path = "/"}),
+      0u);
 }
 
 TEST(HttpSession, ProxyThatIsNoNameIsNotResolved) {

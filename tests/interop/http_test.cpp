@@ -1,13 +1,7 @@
-// Submission through a real HTTP proxy.
-#include <fcntl.h>
+// Submission through a real HTTP proxy and to a real TLS server.
 #include <gtest/gtest.h>
 #include <mmsbrix/mmsbrix.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <string>
@@ -15,71 +9,53 @@
 #include <thread>
 
 #include "relay_server.h"
+#include "support/child_process.h"
+#include "support/counterparty.h"
 #include "support/raw_server.h"
 #include "support/send_req.h"
 #include "support/temporary_folder.h"
 
-extern char** environ;
-
 namespace mmsbrix::test {
 namespace {
+
+/// Waits until a program says in its log that it takes connections.
+bool comesUp(const TemporaryFolder& folder, const std::string& log, const std::string& saying) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (std::chrono::steady_clock::now() < deadline) {
+    if (folder.get(log).find(saying) != std::string::npos) return true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  return false;
+}
 
 /// tinyproxy on a free port of loopback, from a configuration in a folder of its own.
 class Tinyproxy {
  public:
-  explicit Tinyproxy(const std::string& moreConfiguration = "") {
-    const std::string configuration = folder_.put(
-        "tinyproxy.conf", "Port " + std::to_string(port_) +
-                              "\nListen 127.0.0.1\nAllow 127.0.0.1\nTimeout 60\nMaxClients 10\n" +
-                              "LogFile \"" + folder_.path("log") + "\"\n" + moreConfiguration);
-    std::string program = "tinyproxy", debug = "-d", option = "-c", file = configuration;
-    std::array<char*, 5> arguments = {program.data(), debug.data(), option.data(), file.data(),
-                                      nullptr};
-    posix_spawn_file_actions_t quiet;
-    posix_spawn_file_actions_init(&quiet);
-    posix_spawn_file_actions_addopen(&quiet, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&quiet, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    if (::posix_spawnp(&pid_, "tinyproxy", &quiet, nullptr, arguments.data(), environ) != 0) {
-      pid_ = -1;
-    }
-    posix_spawn_file_actions_destroy(&quiet);
-  }
-  Tinyproxy(const Tinyproxy&) = delete;
-  Tinyproxy& operator=(const Tinyproxy&) = delete;
-  ~Tinyproxy() {
-    if (pid_ <= 0) return;
-    ::kill(pid_, SIGTERM);
-    ::waitpid(pid_, nullptr, 0);
-  }
+  explicit Tinyproxy(const std::string& moreConfiguration = "")
+      : configuration_(
+            folder_.put("tinyproxy.conf", "Port " + std::to_string(port_) +
+                                              "\nListen 127.0.0.1\nAllow 127.0.0.1\nTimeout 60\n"
+                                              "MaxClients 10\nLogFile \"" +
+                                              folder_.path("log") + "\"\n" + moreConfiguration)),
+        process_({"tinyproxy", "-d", "-c", configuration_}, folder_.path("output")) {}
 
-  [[nodiscard]] bool installed() const noexcept { return pid_ > 0; }
+  [[nodiscard]] bool installed() const noexcept { return process_.started(); }
   [[nodiscard]] unsigned port() const noexcept { return port_; }
-  /// Waits until it says that it takes connections.
   [[nodiscard]] bool ready() const {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (std::chrono::steady_clock::now() < deadline) {
-      if (folder_.get("log").find("Accepting connections") != std::string::npos) return true;
-      std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return false;
+    return installed() && comesUp(folder_, "log", "Accepting connections");
   }
-  [[nodiscard]] std::string log() const { return folder_.get("log"); }
+  [[nodiscard]] std::string log() const { return folder_.get("log") + folder_.get("output"); }
 
  private:
   TemporaryFolder folder_;
   unsigned port_ = closedPort();
-  pid_t pid_ = -1;
+  std::string configuration_;
+  ChildProcess process_;
 };
-
-bool mustBeInstalled() {
-  const char* ci = std::getenv("CI");
-  return ci != nullptr && std::string_view(ci) == "true";
-}
 
 TEST(HttpProxy, MessagesReachTheRelayAndAnswersComeBack) {
   const Tinyproxy proxy;
   if (!proxy.installed() && !mustBeInstalled()) GTEST_SKIP() << "tinyproxy is not installed";
-  ASSERT_TRUE(proxy.installed());
   ASSERT_TRUE(proxy.ready()) << proxy.log();
   std::string error;
   const auto relay = tool::RelayServer::start({.responseText = "by proxy"}, error);
@@ -111,7 +87,6 @@ TEST(HttpProxy, MessagesReachTheRelayAndAnswersComeBack) {
 TEST(HttpProxy, ItsDemandForCredentialsIsReported) {
   const Tinyproxy proxy("BasicAuth someone secret\n");
   if (!proxy.installed() && !mustBeInstalled()) GTEST_SKIP() << "tinyproxy is not installed";
-  ASSERT_TRUE(proxy.installed());
   ASSERT_TRUE(proxy.ready()) << proxy.log();
   const TemporaryFolder folder;
   const std::string file = folder.put("m.mms", encodeSendReq());
@@ -122,6 +97,28 @@ TEST(HttpProxy, ItsDemandForCredentialsIsReported) {
     EXPECT_FALSE(http.SendMMS(url, file.c_str(), 0));
     EXPECT_EQ(http.GetResult(nullptr), 407u) << url;
   }
+  http.DisconnectGtw();
+}
+
+TEST(TlsRelay, UnknownCertificateIsRefused) {
+  const TemporaryFolder folder;
+  ChildProcess request({"openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt",
+                        "ec_paramgen_curve:P-256", "-nodes", "-subj", "/CN=localhost", "-days", "1",
+                        "-keyout", folder.path("key"), "-out", folder.path("certificate")},
+                       folder.path("log"));
+  if (!request.started() && !mustBeInstalled()) GTEST_SKIP() << "openssl is not installed";
+  ASSERT_TRUE(request.wait()) << folder.get("log");
+  const std::string address = "127.0.0.1:" + std::to_string(closedPort());
+  const ChildProcess server({"openssl", "s_server", "-accept", address, "-www", "-cert",
+                             folder.path("certificate"), "-key", folder.path("key")},
+                            folder.path("log"));
+  ASSERT_TRUE(comesUp(folder, "log", "ACCEPT")) << folder.get("log");
+  CMMSHttp http;
+  ASSERT_TRUE(http.ConnectGtw(nullptr, 0, 0));
+  const std::string file = folder.put("m.mms", encodeSendReq());
+  const std::string port = address.substr(address.find(':'));
+  EXPECT_FALSE(http.SendMMS(("https://localhost" + port + "/").c_str(), file.c_str(), 0));
+  EXPECT_EQ(http.GetResult(nullptr), 12045u);
   http.DisconnectGtw();
 }
 

@@ -76,12 +76,14 @@ class OnlineScope {
 HttpClient::HttpClient(std::string user, std::string password)
     : user_(std::move(user)), password_(std::move(password)) {}
 
-bool HttpClient::connect(const std::string& proxyHost, unsigned proxyPort) {
+bool HttpClient::connect(const std::string& proxyHost, unsigned proxyPort,
+                         const std::string& trustedCertificates) {
   const std::string proxy =
       proxyHost.empty() ? std::string() : proxyHost + ":" + std::to_string(proxyPort);
   trace("HttpClient::Connect - InternetOpen(\"%s\", INTERNET_OPEN_TYPE_PROXY, %s, ...)", kAgent,
         proxy.c_str());
-  session_ = platform::HttpSession::open({.agent = kAgent, .proxy = proxy});
+  session_ = platform::HttpSession::open(
+      {.agent = kAgent, .proxy = proxy, .trustedCertificates = trustedCertificates});
   return session_ != nullptr;
 }
 

@@ -100,26 +100,34 @@ TEST(HttpProxy, ItsDemandForCredentialsIsReported) {
   http.DisconnectGtw();
 }
 
-TEST(TlsRelay, UnknownCertificateIsRefused) {
+TEST(TlsRelay, IsTrustedByItsCertificateOnly) {
   const TemporaryFolder folder;
-  ChildProcess request({"openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt",
-                        "ec_paramgen_curve:P-256", "-nodes", "-subj", "/CN=localhost", "-days", "1",
-                        "-keyout", folder.path("key"), "-out", folder.path("certificate")},
-                       folder.path("log"));
+  ChildProcess request(
+      {"openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes",
+       "-subj", "/CN=relay", "-addext", "subjectAltName=IP:127.0.0.1", "-days", "1", "-keyout",
+       folder.path("key"), "-out", folder.path("certificate")},
+      folder.path("log"));
   if (!request.started() && !mustBeInstalled()) GTEST_SKIP() << "openssl is not installed";
   ASSERT_TRUE(request.wait()) << folder.get("log");
-  const std::string address = "127.0.0.1:" + std::to_string(closedPort());
-  const ChildProcess server({"openssl", "s_server", "-accept", address, "-www", "-cert",
-                             folder.path("certificate"), "-key", folder.path("key")},
-                            folder.path("log"));
-  ASSERT_TRUE(comesUp(folder, "log", "ACCEPT")) << folder.get("log");
-  CMMSHttp http;
-  ASSERT_TRUE(http.ConnectGtw(nullptr, 0, 0));
+  std::string error;
+  const auto relay = tool::RelayServer::start(
+      {.tlsCertificate = folder.get("certificate"), .tlsKey = folder.get("key")}, error);
+  ASSERT_TRUE(relay) << error;
   const std::string file = folder.put("m.mms", encodeSendReq());
-  const std::string port = address.substr(address.find(':'));
-  EXPECT_FALSE(http.SendMMS(("https://localhost" + port + "/").c_str(), file.c_str(), 0));
-  EXPECT_EQ(http.GetResult(nullptr), 12045u);
-  http.DisconnectGtw();
+  const std::string port = std::to_string(relay->port());
+  CMMSHttp http;
+  const auto codeFor = [&](const char* trusted, const std::string& host) {
+    http.SetTrustedCertificates(trusted);
+    EXPECT_TRUE(http.ConnectGtw(nullptr, 0, 0));
+    http.SendMMS(("https://" + host + ":" + port + "/").c_str(), file.c_str(), 0);
+    const unsigned long code = http.GetResult(nullptr);
+    http.DisconnectGtw();
+    return code;
+  };
+  const std::string certificate = folder.path("certificate");
+  EXPECT_EQ(codeFor(nullptr, "127.0.0.1"), 12045U);  // unknown to the system
+  EXPECT_EQ(codeFor(certificate.c_str(), "127.0.0.1"), 0x80U);
+  EXPECT_NE(codeFor(certificate.c_str(), "localhost"), 0x80U);  // another name than certified
 }
 
 }  // namespace

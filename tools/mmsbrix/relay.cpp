@@ -15,6 +15,7 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <fstream>
 #include <mutex>
 #include <ostream>
 #include <utility>
@@ -113,6 +114,18 @@ int fillOptions(const RelayCommand& command, RelayOptions& options, std::ostream
     }
     options.credentials = credentials->user + ':' + credentials->password;
   }
+  if (!command.tlsCertificateFile.empty()) {
+    std::string error;
+    std::ifstream none;
+    const auto certificate = readAll(command.tlsCertificateFile, none, error);
+    const auto key = readAll(command.tlsKeyFile, none, error);
+    if (!certificate || !key) {
+      err << "mmsbrix relay: " << printable(error) << "\n";
+      return kFailed;
+    }
+    options.tlsCertificate = *certificate;
+    options.tlsKey = *key;
+  }
   options.storeDirectory = command.storeDirectory;
   options.responseText = command.text;
   options.httpStatus = command.httpStatus;
@@ -165,6 +178,14 @@ CLI::App* addRelay(CLI::App& app, RelayCommand& command) {
       ->add_option("--credentials", command.credentialsFile,
                    "Require the user:password in the first line of this file")
       ->type_name("FILE");
+  CLI::Option* certificate = relay
+                                 ->add_option("--tls-certificate", command.tlsCertificateFile,
+                                              "Speak https with the certificate in this PEM file")
+                                 ->type_name("FILE");
+  CLI::Option* key =
+      relay->add_option("--tls-key", command.tlsKeyFile, "Its private key, PEM")->type_name("FILE");
+  certificate->needs(key);
+  key->needs(certificate);
   relay->add_option("--count", command.count, "Stop after so many exchanges")->type_name("N");
   return relay;
 }
@@ -190,7 +211,8 @@ int runRelay(const RelayCommand& command, std::ostream& out, std::ostream& err) 
     err << "mmsbrix relay: " << error << "\n";
     return kFailed;
   }
-  out << "listening on http://" << relay->address() << "/" << std::endl;
+  out << "listening on " << (command.tlsCertificateFile.empty() ? "http" : "https") << "://"
+      << relay->address() << "/" << std::endl;
   addressFirst.unlock();
 
   std::array<pollfd, 2> events = {pollfd{signals.descriptor(), POLLIN, 0},

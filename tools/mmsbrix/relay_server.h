@@ -55,7 +55,9 @@ struct RelayOptions {
   std::chrono::milliseconds slowInterval{100};
   bool chunked = false;  ///< the body goes out in chunks, without a length
   ReplyFault fault = ReplyFault::none;
-  std::string credentials{};  ///< "user:password" that requests must carry; empty for none
+  std::string credentials{};     ///< "user:password" that requests must carry; empty for none
+  std::string tlsCertificate{};  ///< PEM text; with it and its key the relay speaks https only
+  std::string tlsKey{};          ///< PEM text
   std::size_t maxBodyOctets = std::size_t{64} << 20;  ///< a larger request gets 413
   std::size_t keptExchanges = 64;  ///< how many `exchanges` hands out, the last ones
   /// Called after each exchange, from a thread of the relay, one call at a time.  It must not stop

@@ -109,6 +109,9 @@ CLI::App* addSend(CLI::App& app, SendCommand& command) {
                    "user:password in the first line of this file, instead of MMSBRIX_USER and "
                    "MMSBRIX_PASSWORD")
       ->type_name("FILE");
+  send->add_option("--ca", command.trustedCertificates,
+                   "Trust the certificates in this PEM file instead of the system's")
+      ->type_name("FILE");
   send->add_flag("--trace", command.trace, "Print each step to standard error");
   return send;
 }
@@ -155,6 +158,7 @@ int runSend(const SendCommand& command, const Streams& streams) {
   }
   const TraceScope trace(command.trace, streams.err);
   CMMSHttp transport;
+  transport.SetTrustedCertificates(command.trustedCertificates.c_str());
   transport.SetCredentials(credentials.user.c_str(), credentials.password.c_str());
   bool accepted = false;
   unsigned long code = 0;

@@ -15,6 +15,7 @@ struct SendCommand {
   std::string url;
   std::string proxy;
   std::string credentialsFile;
+  std::string trustedCertificates;  ///< PEM file; empty for the system's
   bool trace = false;
   bool showProgress = false;  ///< told by the terminal, not by an option
 };

@@ -246,7 +246,8 @@ class Builder {
     std::string known;
     for (const NamedOctet& row : names) {
       if (value == std::string(row.name)) return row.octet;
-      known += (known.empty() ? "" : ", ") + std::string(row.name);
+      if (!known.empty()) known += ", ";
+      known += row.name;
     }
     refuse(member, "none of " + known);
   }

@@ -7,7 +7,7 @@ scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
 cmake --install "$build" --prefix "$scratch/prefix" > "$scratch/log"
-cmake -S "$source/tests/consumer" -B "$scratch/build" -DCMAKE_PREFIX_PATH="$scratch/prefix" \
+cmake -G Ninja -S "$source/tests/consumer" -B "$scratch/build" -DCMAKE_PREFIX_PATH="$scratch/prefix" \
   -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="$flags" >> "$scratch/log" || { cat "$scratch/log"; exit 1; }
 cmake --build "$scratch/build" >> "$scratch/log" || { cat "$scratch/log"; exit 1; }
 "$scratch/build/consumer_shared"

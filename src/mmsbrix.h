@@ -2,8 +2,8 @@
 #ifndef MMSBRIX_MMSBRIX_H
 #define MMSBRIX_MMSBRIX_H
 
-#include "export.h"
 #include "convert/media_types.h"
+#include "export.h"
 #include "mms/charsets.h"
 #include "mms/dates.h"
 #include "mms/inspector.h"
@@ -12,5 +12,6 @@
 #include "transport/mmshttp.h"
 #include "transport/trace_log.h"
 #include "wsp/diagnostics.h"
+#include "wsp/header_block.h"
 
 #endif  // MMSBRIX_MMSBRIX_H

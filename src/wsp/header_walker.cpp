@@ -6,9 +6,6 @@
 namespace mmsbrix {
 namespace {
 
-constexpr std::uint8_t kShiftDelimiter = 127;
-constexpr std::uint8_t kLastShortCutShift = 31;
-
 // Octets that a textual header's value claims, a quote octet and the zero included.
 std::size_t textSize(const Reader& in) noexcept {
   const Octets ahead = in.rest();

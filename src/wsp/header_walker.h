@@ -14,7 +14,9 @@
 
 namespace mmsbrix {
 
-inline constexpr std::uint8_t kFirstPage = 1;  ///< code page that a header block starts on
+inline constexpr std::uint8_t kFirstPage = 1;           ///< code page that a header block starts on
+inline constexpr std::uint8_t kShiftDelimiter = 127;    ///< precedes the number of a page
+inline constexpr std::uint8_t kLastShortCutShift = 31;  ///< pages up to this one are one octet
 
 /// One step of the walk.  Views and offsets refer to the octets walked over.
 struct HeaderItem {

@@ -13,5 +13,6 @@
 #include "transport/trace_log.h"
 #include "version.h"
 #include "wsp/diagnostics.h"
+#include "wsp/header_block.h"
 
 #endif  // MMSBRIX_MMSBRIX_H

@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "platform/ascii.h"
+#include "wsp/http_text.h"
 #include "wsp/wap_mms_shared.h"
 #include "wsp/wsp_assigned_headers.h"
 #include "wsp/wsp_header_coding.h"
@@ -15,48 +16,8 @@ using namespace WapAssignments;
 
 // The codec numbers media types 0x00 to 0x4B, whatever the encoding version.
 constexpr std::uint32_t kCodecMediaTypes = 76;
-constexpr std::string_view kOctetStream = "application/octet-stream";
-
-// How the value of a well-known parameter is coded.  [WAP-230 table 38]
-enum class ParameterKind {
-  qValue,
-  charset,    // well-known-charset
-  version,    // version-value
-  integer,    // integer-value, delta-seconds, short-integer: decimal text
-  text,       // text-string
-  fieldName,  // field-name
-  media,      // constrained-encoding of a media type
-  textValue,  // no-value, token-text or quoted-string
-  date,       // date-value
-};
-
-struct ParameterRow {
-  std::uint8_t code;
-  ParameterKind kind;
-};
-
-constexpr auto kParameterRows = std::to_array<ParameterRow>({
-    {0x00, ParameterKind::qValue},    {0x01, ParameterKind::charset},
-    {0x02, ParameterKind::version},   {0x03, ParameterKind::integer},
-    {0x05, ParameterKind::text},      {0x06, ParameterKind::text},
-    {0x07, ParameterKind::fieldName}, {0x08, ParameterKind::integer},
-    {0x09, ParameterKind::media},     {0x0A, ParameterKind::text},
-    {0x0B, ParameterKind::text},      {0x0C, ParameterKind::text},
-    {0x0D, ParameterKind::text},      {0x0E, ParameterKind::integer},
-    {0x0F, ParameterKind::text},      {0x13, ParameterKind::date},
-    {0x14, ParameterKind::date},      {0x15, ParameterKind::date},
-    {0x16, ParameterKind::integer},
-});
-
-constexpr ParameterKind kindOf(int code) noexcept {
-  for (const ParameterRow& row : kParameterRows) {
-    if (row.code == code) return row.kind;
-  }
-  return ParameterKind::textValue;  // textual names and all newer numbers
-}
 
 constexpr int kTypeOfMultipart = 0x09;
-constexpr std::uint32_t kAnyCharset = 128;  // the short-integer 0x80, no MIBenum
 
 const AssignmentsBase& table(Kind kind) noexcept {
   return *getTable(kind);
@@ -67,15 +28,8 @@ std::string_view nameOrEmpty(const char* name) noexcept {
 }
 
 std::string_view mediaTypeOf(std::uint64_t number) noexcept {
-  if (number < kCodecMediaTypes) {
-    return nameOrEmpty(numberToName(table(kContentTypes), static_cast<std::uint32_t>(number)));
-  }
-  // The registered types begin at 0x201 and do not fit a short-integer.
-  if (number > 0x200 && number <= 0xFFFF) {
-    return nameOrEmpty(
-        numberToName(table(kRegisteredContentTypes), static_cast<std::uint32_t>(number)));
-  }
-  return {};
+  if (number >= kCodecMediaTypes && number <= 0x7F) return {};
+  return mediaTypeName(number);
 }
 
 // The number a media type is written as, 0 for none: "*/*", number 0, goes out as text.
@@ -94,70 +48,17 @@ std::optional<std::uint64_t> decimal(std::string_view text) noexcept {
   return value;
 }
 
-void assignDecimal(std::string& out, std::uint64_t value) {
-  char digits[20];
-  const auto result = std::to_chars(std::begin(digits), std::end(digits), value);
-  out.assign(digits, result.ptr);
-}
-
-// Reads with one of the text-centred value classes; a value it refuses is left out.
-template <class Value>
-bool readThrough(Reader& in, std::string& out) {
-  Value value;
+// Reads a date with the text-centred value class, which refuses what is none.
+bool readDate(Reader& in, std::string& out) {
+  WapStack::DateValue value;
   if (!value.decodeFromFrame(in)) return false;
   out = value.getText();
   return true;
 }
 
-bool readInto(Reader& in, ParameterKind kind, std::string& out) {
-  const auto first = in.peekOctet();
-  if (!first) return false;
-  const ValueForm form = formOf(in.rest());
-  if (kind == ParameterKind::qValue) return readThrough<WapStack::QValue>(in, out);
-  if (form == ValueForm::text) {
-    // Where a quoted-string may stand its opening quote is dropped; in a text-string it is a
-    // character.
-    const bool mayBeQuoted = kind != ParameterKind::text && kind != ParameterKind::media;
-    if (mayBeQuoted && *first == kStringQuote) in.skip(1);
-    out = readTextString(in);
-    return true;
-  }
-  if (kind == ParameterKind::version && form == ValueForm::shortInteger) {
-    return readThrough<WapStack::VersionValue>(in, out);
-  }
-  if (kind == ParameterKind::date) return readThrough<WapStack::DateValue>(in, out);
-  const bool anyCharset = kind == ParameterKind::charset && *first == kAnyCharset;
-  const auto number = readInteger(in);
-  if (!number) return false;
-  std::string_view name;
-  if (anyCharset) {
-    name = "*";
-  } else if (kind == ParameterKind::charset && *number <= 0xFFFF) {
-    name = nameOrEmpty(numberToName(table(kCharsets), static_cast<std::uint32_t>(*number)));
-  } else if (kind == ParameterKind::media) {
-    name = mediaTypeOf(*number);
-  } else if (kind == ParameterKind::fieldName && *number <= 0x7F) {
-    name = nameOrEmpty(numberToName(table(kHeaders), static_cast<std::uint32_t>(*number)));
-  }
-  if (name.empty()) {
-    assignDecimal(out, *number);
-  } else {
-    out = name;
-  }
-  return true;
-}
-
-bool isTokenText(std::string_view text) noexcept {
-  constexpr std::string_view kSeparators = "()<>@,;:\\\"/[]?={} \t";
-  return std::ranges::all_of(text, [&](char c) {
-    const auto octet = static_cast<std::uint8_t>(c);
-    return octet > 32 && octet < 127 && kSeparators.find(c) == std::string_view::npos;
-  });
-}
-
 // No-value, token-text or quoted-string, whichever the text needs.
 void writeTextValue(Writer& out, std::string_view text) noexcept {
-  if (!isTokenText(text)) out.octet(kStringQuote);
+  if (!isToken(text)) out.octet(kStringQuote);
   out.append(text);
   out.octet(0);
 }
@@ -168,7 +69,7 @@ bool writeCompact(Writer& out, ParameterKind kind, std::string_view text) {
     case ParameterKind::charset: {
       const std::int32_t assigned = nameToNumber(table(kCharsets), text);
       if (text == "*") {
-        out.octet(static_cast<std::uint8_t>(kAnyCharset));
+        out.octet(kAnyCharsetOctet);
       } else if (!isUnassigned(assigned)) {
         writeInteger(out, static_cast<std::uint32_t>(assigned) & 0xFFFF);
       } else if (const auto number = decimal(text)) {
@@ -178,7 +79,8 @@ bool writeCompact(Writer& out, ParameterKind kind, std::string_view text) {
       }
       return true;
     }
-    case ParameterKind::integer: {
+    case ParameterKind::integer:
+    case ParameterKind::shortInteger: {
       const auto number = decimal(text);
       if (number) writeInteger(out, *number);
       return number.has_value();
@@ -213,7 +115,9 @@ bool writeCompact(Writer& out, ParameterKind kind, std::string_view text) {
       return quality.encodeToFrame(out) && out.size() > before;
     }
     case ParameterKind::textValue:
+    case ParameterKind::noValue:
     case ParameterKind::date:
+    case ParameterKind::untyped:
       break;
   }
   return false;
@@ -232,7 +136,7 @@ int parameterCode(std::string_view name, bool ofMultipart) noexcept {
 void writeParameter(Writer& out, const CMMParam& parameter, bool ofMultipart) {
   const std::string_view value = parameter.Value();
   const int code = parameterCode(parameter.Name(), ofMultipart);
-  const ParameterKind kind = kindOf(code);
+  const ParameterKind kind = parameterKind(code);
   // A quality is a number or nothing, so one that is none takes the textual name.
   const std::size_t before = out.size();
   if (code >= 0) {
@@ -245,31 +149,10 @@ void writeParameter(Writer& out, const CMMParam& parameter, bool ofMultipart) {
   writeTextValue(out, value);
 }
 
-// Reads one parameter; false, with nothing consumed, at the end or when none can be read.
-bool readParameter(Reader& from, Parameter& parameter) {
-  if (from.atEnd()) return false;
-  Reader in = from;
-  parameter.code = -1;
-  parameter.value.clear();
-  if (formOf(in.rest()) == ValueForm::text) {
-    parameter.name = readTextString(in);
-  } else {
-    const auto number = readInteger(in);
-    if (!number) return false;
-    parameter.code = *number > 0xFFFF ? 0xFFFF : static_cast<int>(*number);
-    parameter.name =
-        nameOrEmpty(numberToName(table(kParameters), static_cast<std::uint32_t>(parameter.code)));
-  }
-  // A parameter without its value, at the very end, is one with the empty value.
-  if (!in.atEnd() && !readInto(in, kindOf(parameter.code), parameter.value)) return false;
-  from = in;
-  return true;
-}
-
 // Adds the parameters to a header's list, those of numbers that are not assigned left out.
 void addParameters(Reader& in, CMMHdr& header) {
   Parameter parameter;
-  while (readParameter(in, parameter)) {
+  while (readParameter(in, mediaTypeOf, parameter)) {
     if (!parameter.name.empty()) {
       header.Params()->AddNew()->Assign(parameter.name, parameter.value);
     }
@@ -327,11 +210,11 @@ bool readDisposition(Reader& in, CMMHdr& header) {
 }
 
 bool readNumericHeader(Reader& in, PartHeaderKind kind, std::string& value) {
-  if (kind == PartHeaderKind::date) return readThrough<WapStack::DateValue>(in, value);
+  if (kind == PartHeaderKind::date) return readDate(in, value);
   const auto number = readInteger(in);
   if (!number || !in.atEnd()) return false;
   if (kind == PartHeaderKind::integer) {
-    assignDecimal(value, *number);
+    value = std::to_string(*number);
     return true;
   }
   std::string_view name;
@@ -347,41 +230,12 @@ bool readNumericHeader(Reader& in, PartHeaderKind kind, std::string& value) {
 
 }  // namespace
 
-std::size_t contentTypeSize(const Reader& in) noexcept {
-  const std::size_t size = fieldSize(in);
-  const std::string_view ahead = asText(in.rest());
-  // Tolerance: some relays send this type without its terminating zero.
-  if (ahead.starts_with(kOctetStream) && size != kOctetStream.size() + 1) {
-    return kOctetStream.size();
-  }
-  return size;
-}
-
-ContentTypeReader::ContentTypeReader(Octets value) noexcept {
-  Reader in(value);
-  if (formOf(value) == ValueForm::lengthPrefixed) {
-    const auto length = readValueLength(in);
-    if (!length) return;
-    parametersOffset_ = in.position();
-    in = in.sub(*length);
-  }
-  if (formOf(in.rest()) == ValueForm::text) {
-    mediaType_ = asText(in.rest()).starts_with(kOctetStream) && in.left() == kOctetStream.size()
-                     ? asText(in.take(kOctetStream.size()))
-                     : readTextString(in);
-  } else if ((mediaNumber_ = readInteger(in))) {
-    mediaType_ = mediaTypeOf(*mediaNumber_);
-  }
-  parameters_ = in;
-}
-
-bool ContentTypeReader::next(Parameter& parameter) {
-  parameter.offset = position();
-  return readParameter(parameters_, parameter);
+ContentTypeReader contentTypeReader(Octets value) noexcept {
+  return ContentTypeReader(value, mediaTypeOf);
 }
 
 void readContentType(Octets value, CMMHdr& header) {
-  ContentTypeReader reader(value);
+  ContentTypeReader reader = contentTypeReader(value);
   header.Assign(kContentTypeName, reader.mediaType());
   Reader parameters = reader.parameters();
   addParameters(parameters, header);

@@ -5,8 +5,8 @@
 
 #include "mms/content_type.h"
 #include "mms/field_table.h"
-#include "mms/header_walker.h"
-#include "mms/multipart_walker.h"
+#include "wsp/header_walker.h"
+#include "wsp/multipart_walker.h"
 #include "wsp/wap_mms_shared.h"
 
 namespace mmsbrix {
@@ -39,7 +39,7 @@ void readTextHeader(const HeaderItem& item, CMMsg& message) {
 
 // The octets of the header block.
 std::size_t readHeaderBlock(Octets pdu, CMMsg& message) {
-  HeaderWalker walker(pdu, HeaderWalker::Block::message);
+  HeaderWalker walker(pdu, kMessageBlock);
   HeaderItem item;
   while (walker.next(item)) {
     if (item.kind == HeaderItem::Kind::wellKnown) {
@@ -53,7 +53,7 @@ std::size_t readHeaderBlock(Octets pdu, CMMsg& message) {
 
 void readPart(const MultipartItem& item, CMMPart& part) {
   if (!item.contentType.empty()) readContentType(item.contentType, *part.Headers()->AddNew());
-  HeaderWalker walker(item.headers, HeaderWalker::Block::part);
+  HeaderWalker walker(item.headers);
   HeaderItem header;
   while (walker.next(header)) {
     if (partHeaderName(header).empty()) continue;

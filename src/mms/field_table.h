@@ -8,11 +8,17 @@
 #include <span>
 #include <string_view>
 
-#include "mms/value_form.h"
 #include "model/mmsg.h"
+#include "wsp/header_walker.h"
 #include "wsp/octets.h"
+#include "wsp/value_form.h"
 
 namespace mmsbrix {
+
+inline constexpr std::uint8_t kContentTypeField = 0x04;  ///< ends an MMS header block
+/// The header block of an MMS PDU: Content-Type is the last field, the body follows.
+inline constexpr HeaderBlockRules kMessageBlock{.lastField = kContentTypeField,
+                                                .textAfterTextName = true};
 
 /// What the value of a field is made of.
 enum class FieldKind : std::uint8_t {

@@ -100,7 +100,7 @@ std::string describePrefixed(const FieldRow& row, Reader in, InspectedField& fie
 }
 
 std::string describeContentType(Octets value, InspectedField& field) {
-  ContentTypeReader reader(value);
+  ContentTypeReader reader = contentTypeReader(value);
   field.text = reader.mediaType();
   field.number = reader.mediaNumber();
   field.value = reader.mediaType();

@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "mms/field_table.h"
-#include "mms/header_walker.h"
 #include "mms/inspector.h"
+#include "wsp/header_walker.h"
 
 namespace mmsbrix {
 

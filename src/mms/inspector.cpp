@@ -7,9 +7,9 @@
 #include "mms/content_type.h"
 #include "mms/field_table.h"
 #include "mms/field_values.h"
-#include "mms/header_walker.h"
-#include "mms/multipart_walker.h"
 #include "mms/pdu_rules.h"
+#include "wsp/header_walker.h"
+#include "wsp/multipart_walker.h"
 #include "wsp/wap_mms_shared.h"
 
 namespace mmsbrix {
@@ -62,7 +62,7 @@ class Inspector {
   }
 
   void readHeaderBlock() {
-    HeaderWalker walker(pdu_, HeaderWalker::Block::message);
+    HeaderWalker walker(pdu_, kMessageBlock);
     HeaderItem item;
     while (walker.next(item)) readItem(item, walker.broken());
     result_.headerLength = walker.position();
@@ -274,7 +274,7 @@ class Inspector {
   }
 
   void readPartHeaders(Octets headers, std::size_t base, InspectedPart& part) {
-    HeaderWalker walker(headers, HeaderWalker::Block::part);
+    HeaderWalker walker(headers);
     HeaderItem item;
     while (walker.next(item)) {
       if (item.kind == HeaderItem::Kind::zero || item.kind == HeaderItem::Kind::shift) {

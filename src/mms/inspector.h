@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "../export.h"
-#include "value_form.h"
+#include "../wsp/value_form.h"
 
 namespace mmsbrix {
 

@@ -5,10 +5,10 @@
 
 #include <array>
 
-#include "mms/header_walker.h"
 #include "mms/inspector.h"
 #include "support/hex.h"
 #include "support/messages.h"
+#include "wsp/header_walker.h"
 
 namespace mmsbrix::test {
 namespace {

@@ -1,6 +1,6 @@
-#include "mms/multipart_walker.h"
+#include "wsp/multipart_walker.h"
 
-#include "mms/content_type.h"
+#include "wsp/content_type_reader.h"
 #include "wsp/wap_mms_shared.h"
 
 namespace mmsbrix {

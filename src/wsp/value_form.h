@@ -1,6 +1,6 @@
 // How the value of a header field stands on the wire.  [WAP-230 8.4.1.2]
-#ifndef MMSBRIX_MMS_VALUE_FORM_H
-#define MMSBRIX_MMS_VALUE_FORM_H
+#ifndef MMSBRIX_WSP_VALUE_FORM_H
+#define MMSBRIX_WSP_VALUE_FORM_H
 
 namespace mmsbrix {
 
@@ -14,4 +14,4 @@ enum class ValueForm {
 
 }  // namespace mmsbrix
 
-#endif  // MMSBRIX_MMS_VALUE_FORM_H
+#endif  // MMSBRIX_WSP_VALUE_FORM_H

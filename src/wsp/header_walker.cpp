@@ -1,13 +1,10 @@
-#include "mms/header_walker.h"
+#include "wsp/header_walker.h"
 
-#include "mms/content_type.h"
+#include "wsp/content_type_reader.h"
 #include "wsp/wap_mms_shared.h"
 
 namespace mmsbrix {
 namespace {
-
-constexpr std::uint8_t kShiftDelimiter = 127;
-constexpr std::uint8_t kLastShortCutShift = 31;
 
 // Octets that a textual header's value claims, a quote octet and the zero included.
 std::size_t textSize(const Reader& in) noexcept {
@@ -44,7 +41,7 @@ bool HeaderWalker::next(HeaderItem& item) noexcept {
     item.kind = HeaderItem::Kind::wellKnown;
     item.code = first & 0x7F;
     item.page = page_;
-    if (block_ == Block::message && page_ == kFirstPage && item.code == kContentTypeField) {
+    if (page_ == kFirstPage && rules_.lastField == item.code) {
       takeValue(item, contentTypeSize(in_));
       done_ = true;
     } else {
@@ -67,9 +64,7 @@ bool HeaderWalker::next(HeaderItem& item) noexcept {
     const std::string_view behindFirst = name.text();
     item.name = {behindFirst.data() - 1, behindFirst.size() + 1};
     in_.skip(name.position() - in_.position());
-    // In a message's own block the value is a text whatever it begins with; a part's header may
-    // carry any form.
-    takeValue(item, block_ == Block::message ? textSize(in_) : fieldSize(in_));
+    takeValue(item, rules_.textAfterTextName ? textSize(in_) : fieldSize(in_));
   }
   return true;
 }

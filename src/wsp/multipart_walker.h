@@ -1,7 +1,7 @@
-// The bounded walk over a WSP multipart body: where each entry, its headers and its data lie.  The
-// decoder and the inspector both read what it yields.  [WAP-230 8.5]
-#ifndef MMSBRIX_MMS_MULTIPART_WALKER_H
-#define MMSBRIX_MMS_MULTIPART_WALKER_H
+// The bounded walk over a WSP multipart body: where each entry, its headers and its data lie.
+// [WAP-230 8.5]
+#ifndef MMSBRIX_WSP_MULTIPART_WALKER_H
+#define MMSBRIX_WSP_MULTIPART_WALKER_H
 
 #include <cstddef>
 #include <cstdint>
@@ -44,4 +44,4 @@ class MultipartWalker {
 
 }  // namespace mmsbrix
 
-#endif  // MMSBRIX_MMS_MULTIPART_WALKER_H
+#endif  // MMSBRIX_WSP_MULTIPART_WALKER_H

@@ -1,20 +1,22 @@
-// The bounded walk over a header block: the one place that finds where each field of an MMS PDU, or
-// each header of a body part, begins and ends.  The decoder and the inspector both read what it
-// yields. [OMA-MMS-ENC 7; WAP-230 8.4.2.1, 8.4.2.6]
-#ifndef MMSBRIX_MMS_HEADER_WALKER_H
-#define MMSBRIX_MMS_HEADER_WALKER_H
+// The bounded walk over a header block: the one place that finds where each header of a WSP header
+// block or a body part, or each field of an MMS PDU, begins and ends.
+// [WAP-230 8.4.1.2, 8.4.2.1, 8.4.2.6; OMA-MMS-ENC 7]
+#ifndef MMSBRIX_WSP_HEADER_WALKER_H
+#define MMSBRIX_WSP_HEADER_WALKER_H
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
-#include "mms/value_form.h"
 #include "wsp/octets.h"
+#include "wsp/value_form.h"
 
 namespace mmsbrix {
 
-inline constexpr std::uint8_t kFirstPage = 1;  ///< code page that a header block starts on
-inline constexpr std::uint8_t kContentTypeField = 0x04;  ///< ends an MMS header block
+inline constexpr std::uint8_t kFirstPage = 1;           ///< code page that a header block starts on
+inline constexpr std::uint8_t kShiftDelimiter = 127;    ///< precedes the number of a page
+inline constexpr std::uint8_t kLastShortCutShift = 31;  ///< pages up to this one are one octet
 
 /// One step of the walk.  Views and offsets refer to the octets walked over.
 struct HeaderItem {
@@ -39,13 +41,18 @@ struct HeaderItem {
   [[nodiscard]] bool cutShort() const noexcept { return statedSize > value.size(); }
 };
 
+/// What is special about a block.
+struct HeaderBlockRules {
+  /// The well-known field on the first page that holds a content-type value and ends the block.
+  std::optional<std::uint8_t> lastField = std::nullopt;
+  /// True where the value of a textual name is a text whatever it begins with.
+  bool textAfterTextName = false;
+};
+
 class HeaderWalker {
  public:
-  enum class Block {
-    message,  ///< the fields of a PDU; Content-Type is the last of them, the body follows
-    part,     ///< the headers of a body part
-  };
-  HeaderWalker(Octets octets, Block block) noexcept : in_(octets), block_(block) {}
+  explicit HeaderWalker(Octets octets, HeaderBlockRules rules = {}) noexcept
+      : in_(octets), rules_(rules) {}
 
   /// Moves to the next item; false at the end of the block.  A value whose length is broken ends
   /// it.
@@ -59,7 +66,7 @@ class HeaderWalker {
   void takeValue(HeaderItem& item, std::size_t stated) noexcept;
 
   Reader in_;
-  Block block_;
+  HeaderBlockRules rules_;
   std::uint8_t page_ = kFirstPage;
   bool done_ = false;
   bool broken_ = false;
@@ -70,4 +77,4 @@ class HeaderWalker {
 
 }  // namespace mmsbrix
 
-#endif  // MMSBRIX_MMS_HEADER_WALKER_H
+#endif  // MMSBRIX_WSP_HEADER_WALKER_H

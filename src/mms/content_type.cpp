@@ -150,10 +150,10 @@ void writeParameter(Writer& out, const CMMParam& parameter, bool ofMultipart) {
 }
 
 // Adds the parameters to a header's list, those of numbers that are not assigned left out.
-void addParameters(Reader& in, CMMHdr& header) {
+void addParameters(Reader& in, CMMHdr& header, ItemBudget& budget) {
   Parameter parameter;
   while (readParameter(in, mediaTypeOf, parameter)) {
-    if (!parameter.name.empty()) {
+    if (!parameter.name.empty() && budget.take()) {
       header.Params()->AddNew()->Assign(parameter.name, parameter.value);
     }
   }
@@ -191,7 +191,7 @@ constexpr PartHeaderKind partHeaderKind(int code) noexcept {
 }
 
 // Value-length, then a token or text, then parameters.
-bool readDisposition(Reader& in, CMMHdr& header) {
+bool readDisposition(Reader& in, CMMHdr& header, ItemBudget& budget) {
   constexpr std::array<std::string_view, 3> kDispositions = {"form-data", "attachment", "inline"};
   const auto length = readValueLength(in);
   if (!length) return false;
@@ -205,7 +205,7 @@ bool readDisposition(Reader& in, CMMHdr& header) {
     value = kDispositions[*token];
   }
   header.Assign("Content-Disposition", value);
-  addParameters(inside, header);
+  addParameters(inside, header, budget);
   return true;
 }
 
@@ -234,11 +234,11 @@ ContentTypeReader contentTypeReader(Octets value) noexcept {
   return ContentTypeReader(value, mediaTypeOf);
 }
 
-void readContentType(Octets value, CMMHdr& header) {
+void readContentType(Octets value, CMMHdr& header, ItemBudget& budget) {
   ContentTypeReader reader = contentTypeReader(value);
   header.Assign(kContentTypeName, reader.mediaType());
   Reader parameters = reader.parameters();
-  addParameters(parameters, header);
+  addParameters(parameters, header, budget);
 }
 
 void writeContentType(Writer& out, const CMMHdr& header) {
@@ -248,7 +248,7 @@ void writeContentType(Writer& out, const CMMHdr& header) {
   } else {
     writeTextString(out, header.Value());
   }
-  const bool multipart = isMultipart(header.Value());
+  const bool multipart = namesMultipart(header.Value());
   for (const CMMParam& parameter : *header.Params()) writeParameter(out, parameter, multipart);
   const bool hasParameters = header.Params()->begin() != header.Params()->end();
   if (hasParameters && out.size() - begin > 1) insertValueLength(out, begin);
@@ -259,13 +259,18 @@ bool isMultipart(std::string_view mediaType) noexcept {
          mediaType.starts_with("multipart");
 }
 
+bool namesMultipart(std::string_view mediaType) noexcept {
+  return startsWithIgnoringCase(mediaType, "application/vnd.wap.multipart") ||
+         startsWithIgnoringCase(mediaType, "multipart");
+}
+
 std::string_view partHeaderName(const HeaderItem& item) noexcept {
   if (item.kind == HeaderItem::Kind::text) return item.name;
   if (item.kind != HeaderItem::Kind::wellKnown || item.page != kFirstPage) return {};
   return nameOrEmpty(numberToName(table(kHeaders), item.code));
 }
 
-bool readPartHeaderValue(const HeaderItem& item, CMMHdr& header) {
+bool readPartHeaderValue(const HeaderItem& item, CMMHdr& header, ItemBudget& budget) {
   const PartHeaderKind kind =
       item.kind == HeaderItem::Kind::text ? PartHeaderKind::text : partHeaderKind(item.code);
   Reader in(item.value);
@@ -275,7 +280,7 @@ bool readPartHeaderValue(const HeaderItem& item, CMMHdr& header) {
     if (kind == PartHeaderKind::quotedText && in.peekOctet() == kStringQuote) in.skip(1);
     value = readTextString(in);
   } else if (kind == PartHeaderKind::disposition && item.form == ValueForm::lengthPrefixed) {
-    return readDisposition(in, header);
+    return readDisposition(in, header, budget);
   } else if (!readNumericHeader(in, kind, value)) {
     return false;
   }

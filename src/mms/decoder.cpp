@@ -19,10 +19,10 @@ void setContent(CMMPart& part, Octets data) {
                   static_cast<int>(std::min(data.size(), kMost)));
 }
 
-void readField(const HeaderItem& item, CMMsg& message) {
+void readField(const HeaderItem& item, CMMsg& message, ItemBudget& budget) {
   if (item.page != kFirstPage) return;
   if (item.code == kContentTypeField) {
-    readContentType(item.value, *message.Content()->Headers()->AddNew());
+    readContentType(item.value, *message.Content()->Headers()->AddNew(), budget);
     return;
   }
   const FieldRow* row = findField(item.code);
@@ -31,49 +31,53 @@ void readField(const HeaderItem& item, CMMsg& message) {
   row->read(value, message);
 }
 
-// An application header is kept under its name less the first character, as it always was.
+// An application header is kept under its name less the first character.
 void readTextHeader(const HeaderItem& item, CMMsg& message) {
   Reader value(item.value);
   message.Content()->Headers()->AddNew()->Assign(item.name.substr(1), readTextString(value));
 }
 
 // The octets of the header block.
-std::size_t readHeaderBlock(Octets pdu, CMMsg& message) {
+std::size_t readHeaderBlock(Octets pdu, CMMsg& message, ItemBudget& budget) {
   HeaderWalker walker(pdu, kMessageBlock);
   HeaderItem item;
   while (walker.next(item)) {
     if (item.kind == HeaderItem::Kind::wellKnown) {
-      readField(item, message);
-    } else if (item.kind == HeaderItem::Kind::text) {
+      // The content type leads to the body, so it is read however many fields came before.
+      if (budget.take() || item.code == kContentTypeField) readField(item, message, budget);
+    } else if (item.kind == HeaderItem::Kind::text && budget.take()) {
       readTextHeader(item, message);
     }
   }
   return walker.position();
 }
 
-void readPart(const MultipartItem& item, CMMPart& part) {
-  if (!item.contentType.empty()) readContentType(item.contentType, *part.Headers()->AddNew());
+void readPart(const MultipartItem& item, CMMPart& part, ItemBudget& budget) {
+  if (!item.contentType.empty()) {
+    readContentType(item.contentType, *part.Headers()->AddNew(), budget);
+  }
   HeaderWalker walker(item.headers);
   HeaderItem header;
   while (walker.next(header)) {
-    if (partHeaderName(header).empty()) continue;
+    if (partHeaderName(header).empty() || !budget.take()) continue;
     CMMHdr read;
-    if (readPartHeaderValue(header, read)) *part.Headers()->AddNew() = std::move(read);
+    if (readPartHeaderValue(header, read, budget)) *part.Headers()->AddNew() = std::move(read);
   }
   setContent(part, item.data);
 }
 
-void readMultipart(Octets body, CMMPart& root) {
+void readMultipart(Octets body, CMMPart& root, ItemBudget& budget) {
   MultipartWalker walker(body);
   MultipartItem item;
-  while (walker.next(item)) readPart(item, *root.NewChild());
+  while (walker.next(item) && budget.take()) readPart(item, *root.NewChild(), budget);
 }
 
 }  // namespace
 
 void decodeMessage(Octets pdu, CMMsg& message) {
   message.Clear();
-  const std::size_t headerLength = readHeaderBlock(pdu, message);
+  ItemBudget budget;
+  const std::size_t headerLength = readHeaderBlock(pdu, message, budget);
   const CMMsg::MSG_TYPE type = message.GetMsgType();
   if (type != CMMsg::MSG_TYPE_SEND_REQ && type != CMMsg::MSG_TYPE_RETRIEVE_CONF) return;
   CMMPart& root = *message.Content();
@@ -81,7 +85,7 @@ void decodeMessage(Octets pdu, CMMsg& message) {
   if (contentType == nullptr) return;
   const Octets body = pdu.subspan(headerLength);
   if (isMultipart(contentType->Value())) {
-    readMultipart(body, root);
+    readMultipart(body, root, budget);
   } else {
     setContent(root, body);
   }

@@ -99,13 +99,14 @@ std::string describePrefixed(const FieldRow& row, Reader in, InspectedField& fie
   return name.empty() ? "the token " + octetText(token) + " is unknown" : "";
 }
 
-std::string describeContentType(Octets value, InspectedField& field) {
+std::string describeContentType(Octets value, InspectedField& field, ItemBudget& budget) {
   ContentTypeReader reader = contentTypeReader(value);
   field.text = reader.mediaType();
   field.number = reader.mediaNumber();
   field.value = reader.mediaType();
   Parameter parameter;
   while (reader.next(parameter)) {
+    if (!budget.take()) return "more parameters than are shown";
     const std::string name =
         parameter.name.empty() ? "parameter " + octetText(static_cast<std::uint8_t>(parameter.code))
                                : std::string(parameter.name);
@@ -166,7 +167,8 @@ std::string octetText(std::uint8_t octet) {
   return text;
 }
 
-std::string describeValue(const FieldRow& row, const HeaderItem& item, InspectedField& field) {
+std::string describeValue(const FieldRow& row, const HeaderItem& item, InspectedField& field,
+                          ItemBudget& budget) {
   Reader in(item.value);
   switch (row.kind) {
     case FieldKind::octet:
@@ -201,7 +203,7 @@ std::string describeValue(const FieldRow& row, const HeaderItem& item, Inspected
       return seconds ? describeSeconds(*seconds, field) : "the date cannot be read";
     }
     case FieldKind::contentType:
-      return describeContentType(item.value, field);
+      return describeContentType(item.value, field, budget);
     case FieldKind::opaque:
       field.value = hexText(item.value);
       return "";

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "mms/field_table.h"
+#include "mms/item_budget.h"
 #include "mms/inspector.h"
 #include "wsp/header_walker.h"
 
@@ -14,7 +15,8 @@ namespace mmsbrix {
 
 /// Fills the value of `field` (text, number, charset, token, parameters) from an item whose form
 /// fits the row.  Returns what is wrong with the value, "" when nothing is.
-std::string describeValue(const FieldRow& row, const HeaderItem& item, InspectedField& field);
+std::string describeValue(const FieldRow& row, const HeaderItem& item, InspectedField& field,
+                          ItemBudget& budget);
 
 /// "2026-11-21T01:28:42Z"; only the number of seconds for a year past 9999.
 [[nodiscard]] std::string utcText(std::uint64_t secondsSince1970);

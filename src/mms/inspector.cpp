@@ -38,13 +38,19 @@ class Inspector {
     checkOrder();
     checkPresence();
     readBody();
+    if (tooMany_ || budget_.exhausted() || remarkBudget_.exhausted()) {
+      result_.remarks.push_back(
+          {RemarkKind::tooMany, 0,
+           "more than " + std::to_string(kMaxItems) +
+               " fields, headers, parts or remarks: the others are left out"});
+    }
     std::ranges::stable_sort(result_.remarks, {}, &Remark::offset);
     return std::move(result_);
   }
 
  private:
   void remark(RemarkKind kind, std::size_t offset, std::string text) {
-    result_.remarks.push_back({kind, offset, std::move(text)});
+    if (remarkBudget_.take()) result_.remarks.push_back({kind, offset, std::move(text)});
   }
 
   void lookAtBeginning() {
@@ -90,6 +96,8 @@ class Inspector {
       remark(RemarkKind::codePage, item.offset,
              item.cutShort() ? "a page shift without its page"
                              : "shift to header code page " + std::to_string(item.page));
+    } else if (item.code != kContentTypeField && !budget_.take()) {
+      tooMany_ = true;
     } else {
       result_.fields.push_back(describeField(item));
       remarkOnExtent(item, broken, result_.fields.back().name, 0);
@@ -127,7 +135,8 @@ class Inspector {
       field.value = hexText(item.value);
       remark(RemarkKind::wrongForm, item.valueOffset,
              field.name + " has a value of another form: " + field.value);
-    } else if (const std::string wrong = describeValue(*row, item, field); !wrong.empty()) {
+    } else if (const std::string wrong = describeValue(*row, item, field, budget_);
+               !wrong.empty()) {
       remark(RemarkKind::badValue, item.valueOffset, field.name + ": " + wrong);
     }
     return field;
@@ -210,7 +219,7 @@ class Inspector {
       return;
     }
     result_.bodyLength = left;
-    result_.multipart = isMultipart(contentType->text.value_or(""));
+    result_.multipart = namesMultipart(contentType->text.value_or(""));
     if (result_.multipart) {
       result_.parts = readParts(pdu_.subspan(result_.bodyOffset), result_.bodyOffset, 1);
     }
@@ -220,7 +229,13 @@ class Inspector {
     std::vector<InspectedPart> parts;
     MultipartWalker walker(body);
     MultipartItem item;
-    while (walker.next(item)) parts.push_back(describePart(item, base, depth));
+    while (walker.next(item)) {
+      if (!budget_.take()) {
+        tooMany_ = true;
+        return parts;
+      }
+      parts.push_back(describePart(item, base, depth));
+    }
     if (body.empty()) {
       remark(RemarkKind::truncated, base, "the multipart body is missing");
     } else if (walker.broken()) {
@@ -254,7 +269,7 @@ class Inspector {
     }
     readPartContentType(item.contentType, part);
     readPartHeaders(item.headers, part.headersOffset + item.contentType.size(), part);
-    if (isMultipart(part.contentType) && depth < kMaxNesting) {
+    if (namesMultipart(part.contentType) && depth < kMaxNesting) {
       part.parts = readParts(item.data, part.dataOffset, depth + 1);
     }
     return part;
@@ -267,7 +282,7 @@ class Inspector {
     item.form = formOf(value);
     InspectedField field;
     const std::string wrong =
-        value.empty() ? "there is no content type" : describeValue(row, item, field);
+        value.empty() ? "there is no content type" : describeValue(row, item, field, budget_);
     if (!wrong.empty()) remark(RemarkKind::badValue, part.headersOffset, "a part: " + wrong);
     part.contentType = field.text.value_or("");
     part.parameters = std::move(field.parameters);
@@ -284,6 +299,10 @@ class Inspector {
                     : "shift to header code page " + std::to_string(item.page));
         continue;
       }
+      if (!budget_.take()) {
+        tooMany_ = true;
+        return;
+      }
       part.headers.push_back(describePartHeader(item, base));
       remarkOnExtent(item, walker.broken(), part.headers.back().name, base);
     }
@@ -297,7 +316,7 @@ class Inspector {
     header.page = item.page;
     const std::string_view name = partHeaderName(item);
     CMMHdr read;
-    if (!name.empty() && readPartHeaderValue(item, read)) {
+    if (!name.empty() && readPartHeaderValue(item, read, budget_)) {
       header.name = name;
       header.value = read.Value();
       for (const CMMParam& parameter : *read.Params()) {
@@ -318,6 +337,9 @@ class Inspector {
 
   Octets pdu_;
   Inspection result_;
+  ItemBudget budget_;        // of fields, headers, parameters and parts
+  ItemBudget remarkBudget_;  // of remarks
+  bool tooMany_ = false;
   std::size_t zeroRun_ = static_cast<std::size_t>(-1);  // where the present run of zeros goes on
 };
 

@@ -33,6 +33,7 @@ enum class RemarkKind {
   codePage,         ///< a header code page shift
   countMismatch,    ///< a multipart announces another number of parts than it has
   crashPattern,     ///< octets known to have crashed decoders in the field
+  tooMany,          ///< there is more than an inspection keeps
   notMms,           ///< the data does not begin like an MMS PDU
 };
 

@@ -19,7 +19,8 @@ MMSBRIX_API int MMS_SaveToMemory(CMMsg* msg, void** data, unsigned int* size, un
 
 /// Encodes to a file, replacing an existing one, which stays as it was when anything fails. Returns
 /// the octets written; 0 on failure, and for a message that is no m-send-req, which leaves an empty
-/// file.  `flags` selects nothing; pass 0.
+/// file.  Where files are the reason, errno says why on POSIX systems.  `flags` selects nothing;
+/// pass 0.
 MMSBRIX_API unsigned int MMS_Save(CMMsg* msg, const char* path, unsigned long flags);
 
 /// Clears `msg` and fills it from `size` octets of any MMS PDU.  Always 1: what is broken or cut

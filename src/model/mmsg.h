@@ -125,7 +125,7 @@ class MMSBRIX_API CMMsg {
   int readReply_ = -1;
   CMMPart content_;
   MSG_RSPSTATUS responseStatus_ = MSG_RSPSTATUS_UNSET;
-  // mutable: the getter of a const message has always handed out a pointer for writing.
+  // mutable: the getter of a const message hands out a pointer for writing.
   mutable std::optional<CMMString> responseText_;
   std::optional<std::string> messageId_;
 };

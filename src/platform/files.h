@@ -49,7 +49,8 @@ class InputFile {
 
 /// Writes `content` to `path` (UTF-8), replacing an existing file.  A regular file appears under
 /// its name only when it is complete, so a failure keeps the old one; permissions of an existing
-/// file stay, a link is followed.  Returns 0 or the error number.
+/// file stay, a link is followed.  Returns 0 or the error number; POSIX systems have it in errno
+/// too.
 unsigned writeWholeFile(const char* path, std::span<const std::uint8_t> content);
 
 }  // namespace mmsbrix::platform

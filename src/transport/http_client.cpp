@@ -95,13 +95,21 @@ bool HttpClient::sendMms(const char* file, const char* url,
   status_ = 0;
   responseStatus_ = 0;
   responseText_.clear();
+  httpAnswered_ = false;
+  detail_.clear();
 
   bool accepted = false;
   try {
     const std::optional<platform::UrlParts> server = platform::crackUrl(url, status_);
-    if (!server) return false;
+    if (!server) {
+      detail_ = errorMeaning(status_);
+      return false;
+    }
     const std::optional<std::vector<std::uint8_t>> message = readFile(file, status_);
-    if (!message) return false;
+    if (!message) {
+      detail_ = errorMeaning(status_);
+      return false;
+    }
     const OnlineScope online;
     accepted = submit(*server, *message, progress);
   } catch (const std::bad_alloc&) {  // a file or an answer larger than the memory
@@ -135,11 +143,30 @@ bool HttpClient::submit(const platform::UrlParts& server, std::span<const std::u
     shownHeaders += std::string(kAuthorization) + "***";
   }
   status_ = sendAndRead(headers, shownHeaders, message, progress);
+  return takeAnswer();
+}
 
-  if (status_ != kStatusOk || !request_->complete()) return false;
+// What the relay answered; true when it has accepted the message.
+bool HttpClient::takeAnswer() {
+  if (!httpAnswered_) {
+    detail_ = errorMeaning(status_);
+    return false;
+  }
+  if (status_ != kStatusOk) return false;
+  if (!request_->complete()) {
+    detail_ = "the answer is broken, cut short or too large";
+    return false;
+  }
   const CMMHdr* contentType = responseHeaders_.Find("Content-Type");
-  return contentType != nullptr && startsWithIgnoringCase(contentType->Value(), kMmsContentType) &&
-         takeSendConf();
+  if (contentType == nullptr) {
+    detail_ = "the answer has no content type";
+    return false;
+  }
+  if (!startsWithIgnoringCase(contentType->Value(), kMmsContentType)) {
+    detail_ = "the answer is " + std::string(contentType->Value()) + ", no MMS message";
+    return false;
+  }
+  return takeSendConf();
 }
 
 unsigned HttpClient::sendAndRead(const std::string& headers, const std::string& shownHeaders,
@@ -156,6 +183,7 @@ unsigned HttpClient::sendAndRead(const std::string& headers, const std::string& 
   trace("Calling HttpQueryInfo(%08x, ...)", request_->id());
   parseHeaders();
   readBody();
+  httpAnswered_ = true;
   return request_->status();
 }
 
@@ -194,6 +222,7 @@ bool HttpClient::takeSendConf() {
   if (MMS_LoadFromMemory(responseBody_.data(), static_cast<unsigned>(responseBody_.size()), &answer,
                          0) == 0 ||
       answer.GetMsgType() != CMMsg::MSG_TYPE_SEND_CONF) {
+    detail_ = "the answer is no m-send-conf";
     return false;
   }
   responseStatus_ = static_cast<unsigned>(answer.GetResponseStatus());
@@ -203,7 +232,14 @@ bool HttpClient::takeSendConf() {
   if (answer.GetTransactionId() != nullptr) trace("Transaction Id: %s", answer.GetTransactionId());
   if (answer.GetResponseText() != nullptr) trace("Response Text: %s", responseText_.c_str());
   if (answer.GetMessageId() != nullptr) trace("Message Id: %s", answer.GetMessageId());
+  if (responseStatus_ == 0) detail_ = "the answer has no response status";
   return responseStatus_ == CMMsg::MSG_RSPSTATUS_OK;
+}
+
+CMMSHttp::ResultKind HttpClient::resultKind() const noexcept {
+  if (responseStatus_ != 0) return CMMSHttp::ResultKind::responseStatus;
+  if (status_ == 0) return CMMSHttp::ResultKind::none;
+  return httpAnswered_ ? CMMSHttp::ResultKind::httpStatus : CMMSHttp::ResultKind::error;
 }
 
 unsigned long HttpClient::getResult(char* text) const {

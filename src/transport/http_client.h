@@ -11,6 +11,7 @@
 
 #include "model/mmhdr.h"
 #include "platform/http.h"
+#include "transport/mmshttp.h"
 
 namespace mmsbrix {
 
@@ -33,6 +34,9 @@ class HttpClient {
   /// The code of the last sendMms: the relay's response status, else the HTTP status or the error.
   /// `text`, if not null, receives the text that goes with it.
   [[nodiscard]] unsigned long getResult(char* text) const;
+  [[nodiscard]] CMMSHttp::ResultKind resultKind() const noexcept;
+  /// What the code of the last sendMms does not tell of its failure; "" for nothing.
+  [[nodiscard]] const std::string& failureDetail() const noexcept { return detail_; }
   void disconnect();
 
  private:
@@ -43,6 +47,7 @@ class HttpClient {
                        const platform::SendProgress& progress);
   void parseHeaders();
   void readBody();
+  bool takeAnswer();
   bool takeSendConf();
   void closeRequest();
 
@@ -55,6 +60,8 @@ class HttpClient {
   unsigned status_ = 0;          // HTTP status or error of the last exchange
   unsigned responseStatus_ = 0;  // of the last m-send-conf, 0 when none
   std::string responseText_;
+  bool httpAnswered_ = false;  // status_ is an HTTP status
+  std::string detail_;
   CMMHdrList responseHeaders_;
   std::vector<std::uint8_t> responseBody_;
 };

@@ -46,6 +46,14 @@ bool CMMSHttp::Abort() {
   return true;
 }
 
+CMMSHttp::ResultKind CMMSHttp::GetResultKind() const noexcept {
+  return connection_ == nullptr ? ResultKind::none : clientOf(connection_)->resultKind();
+}
+
+const char* CMMSHttp::GetFailureDetail() const noexcept {
+  return connection_ == nullptr ? "" : clientOf(connection_)->failureDetail().c_str();
+}
+
 void CMMSHttp::SetTrustedCertificates(const char* pemFile) {
   trustedCertificates_ = mmsbrix::orEmpty(pemFile);
 }

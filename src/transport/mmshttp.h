@@ -30,6 +30,20 @@ class MMSBRIX_API CMMSHttp : public CMMSComm {
   /// Does nothing and returns true.
   bool Abort() override;
 
+  /// What kind of number GetResult gives; the ranges of response statuses and HTTP statuses
+  /// overlap.
+  enum class ResultKind {
+    none,            ///< nothing is known
+    responseStatus,  ///< the relay's X-Mms-Response-Status
+    httpStatus,
+    error,  ///< a WinINet or Win32 error
+  };
+  [[nodiscard]] ResultKind GetResultKind() const noexcept;
+  /// Why the last SendMMS was no delivery, in words, where its code alone does not tell ("the
+  /// answer is text/html, no MMS message"); "" when there is nothing to add.  Valid until the next
+  /// SendMMS or DisconnectGtw.
+  [[nodiscard]] const char* GetFailureDetail() const noexcept;
+
   /// Told how many octets of a message are sent and how many there are: when that changes, and
   /// about once a second while nothing does.  Returning false cancels the SendMMS under way, whose
   /// code then is 12017; so does an exception.

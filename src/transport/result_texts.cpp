@@ -92,11 +92,43 @@ constexpr auto kResultTexts = std::to_array<ResultText>({
 });
 static_assert(std::ranges::is_sorted(kResultTexts, {}, &ResultText::code));
 
+constexpr auto kMeanings = std::to_array<ResultText>({
+    {platform::kErrorPathNotFound, "the path of the file does not exist"},
+    {platform::kErrorTooManyOpenFiles, "too many files are open"},
+    {platform::kErrorAccessDenied, "the file may not be read"},
+    {platform::kErrorNotEnoughMemory, "there is not enough memory"},
+    {platform::kErrorReadFault, "the file cannot be read"},
+    {platform::kErrorInvalidParameter, "the URL is empty"},
+    {platform::kErrorInsufficientBuffer, "the URL's host or path has 256 characters or more"},
+    {platform::kErrorInvalidName, "the name of the file is not valid"},
+    {platform::kInternetTimeout, "no answer in time"},
+    {platform::kInternetInternalError, "the HTTP component failed"},
+    {platform::kInternetNameNotResolved, "the host name cannot be resolved"},
+    {platform::kInternetOperationCancelled, "cancelled"},
+    {platform::kInternetCannotConnect, "no connection can be made"},
+    {platform::kInternetConnectionAborted, "the connection was closed without an answer"},
+    {platform::kInternetConnectionReset, "the connection was reset"},
+    {platform::kInternetInvalidCertificate, "the server's certificate is not trusted"},
+    {platform::kHttpInvalidServerResponse, "the answer is no HTTP"},
+    {platform::kHttpRedirectFailed, "the redirects lead nowhere"},
+    {platform::kInternetSecurityChannelError, "the TLS connection failed"},
+});
+static_assert(std::ranges::is_sorted(kMeanings, {}, &ResultText::code));
+
+template <std::size_t N>
+std::string_view textOf(const std::array<ResultText, N>& table, unsigned code) noexcept {
+  const auto row = std::ranges::lower_bound(table, code, {}, &ResultText::code);
+  return row != table.end() && row->code == code ? row->text : std::string_view();
+}
+
 }  // namespace
 
+std::string_view errorMeaning(unsigned code) noexcept {
+  return textOf(kMeanings, code);
+}
+
 std::string_view resultText(unsigned code) noexcept {
-  const auto row = std::ranges::lower_bound(kResultTexts, code, {}, &ResultText::code);
-  return row != kResultTexts.end() && row->code == code ? row->text : std::string_view();
+  return textOf(kResultTexts, code);
 }
 
 }  // namespace mmsbrix

@@ -60,6 +60,14 @@ TEST(PartFile, LinksAreFollowedAndPipesRead) {
   EXPECT_TRUE(fs::is_symlink(folder.path("link")));
   EXPECT_EQ(folder.get("target"), "new");
 
+  fs::create_symlink("later", folder.path("dangling"));
+  EXPECT_TRUE(part.Save(folder.path("dangling").c_str()));
+  EXPECT_TRUE(fs::is_symlink(folder.path("dangling")));
+  EXPECT_EQ(folder.get("later"), "new");
+  const std::string longest(255, 'n');
+  EXPECT_TRUE(part.Save(folder.path(longest).c_str()));
+  EXPECT_EQ(folder.get(longest), "new");
+
   const std::string pipe = folder.path("pipe");
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
   std::thread writer([&] { part.Save(pipe.c_str()); });

@@ -56,7 +56,7 @@ relay=
 [ "$status" -eq 0 ] || { echo "FAILED: the relay ended with $status"; failures=$((failures + 1)); }
 [ "$(find store -type f | wc -l)" -eq 2 ] || { echo "FAILED: not two messages stored"; failures=$((failures + 1)); }
 for stored in store/*; do cmp "$stored" m.mms || failures=$((failures + 1)); done
-expect 1 "error 12029: Failed to connect to the gateway" "$mmsbrix" send m.mms --url "$url"
+expect 1 "error 12029: Failed to connect to the gateway  Check setup. (no connection can be made)" "$mmsbrix" send m.mms --url "$url"
 
 echo "$failures failures"
 [ "$failures" -eq 0 ]

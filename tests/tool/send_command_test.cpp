@@ -1,6 +1,7 @@
 // `send` and `demo`: what they print and how they end.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdlib>
 
 #include "command_line.h"
@@ -34,7 +35,8 @@ TEST(SendCommand, SaysWhatBecameOfTheMessage) {
   Caught refused;
   EXPECT_EQ(runSend(command, refused.streams()), 1);
   EXPECT_EQ(refused.out.str(), "");
-  EXPECT_EQ(refused.err.str().find("mmsbrix send: message not sent: 0x"), 0U) << refused.err.str();
+  EXPECT_NE(refused.err.str().find("broken.mms not sent: 0x"), std::string::npos)
+      << refused.err.str();
 
   command.file = folder.path("none");
   Caught missing;
@@ -78,12 +80,41 @@ TEST(SendCommand, CredentialsComeFromFileOrEnvironmentAndAreNeverShown) {
   EXPECT_EQ(run().first, 1);
 }
 
+struct AnswerCase {
+  tool::RelayOptions options;
+  const char* says;
+};
+
+TEST(SendCommand, FailuresWithTheSameCodeAreToldApart) {
+  const TemporaryFolder folder;
+  SendCommand command;
+  command.file = folder.put("m.mms", encodeSendReq());
+  for (const auto& [options, says] : std::to_array<AnswerCase>({
+           {{.contentType = "text/html"},
+            "HTTP 200: The request completed successfully. (the answer is text/html"},
+           {{.contentType = ""}, "(the answer has no content type)"},
+           {{.fault = tool::ReplyFault::broken}, "(the answer is no m-send-conf)"},
+           {{.fault = tool::ReplyFault::cut}, "(the answer is broken, cut short or too large)"},
+           {{.fault = tool::ReplyFault::closed}, "error 12030 (the connection was closed without"},
+           {{.httpStatus = 404}, "HTTP 404: The server has not found"},
+       })) {
+    std::string error;
+    const auto relay = RelayServer::start(options, error);
+    ASSERT_TRUE(relay) << error;
+    command.url = "http://" + relay->address() + "/";
+    Caught caught;
+    EXPECT_EQ(runSend(command, caught.streams()), 1);
+    EXPECT_NE(caught.err.str().find(says), std::string::npos) << says << "\n" << caught.err.str();
+  }
+}
+
 TEST(SendCommand, CodesSayOfWhatKindTheyAre) {
-  EXPECT_EQ(tool::resultCodeText(0x80), "0x80 Ok");
-  EXPECT_EQ(tool::resultCodeText(0x99), "0x99");
-  EXPECT_EQ(tool::resultCodeText(0xE2), "0xE2 Error-permanent-message-format-corrupt");
-  EXPECT_EQ(tool::resultCodeText(404), "HTTP 404");
-  EXPECT_EQ(tool::resultCodeText(12029), "error 12029");
+  using Kind = CMMSHttp::ResultKind;
+  EXPECT_EQ(tool::resultCodeText(Kind::responseStatus, 0x99), "0x99");
+  EXPECT_EQ(tool::resultCodeText(Kind::responseStatus, 0xE2),
+            "0xE2 Error-permanent-message-format-corrupt");
+  EXPECT_EQ(tool::resultCodeText(Kind::httpStatus, 226), "HTTP 226");  // the same number
+  EXPECT_EQ(tool::resultCodeText(Kind::error, 12029), "error 12029");
 }
 
 TEST(DemoCommand, TheWholeWay) {

@@ -49,6 +49,15 @@ TEST(Show, APeoplesTable) {
             "     12  Date is missing\n");
 }
 
+TEST(Show, LongTextsAreCutBetweenCharacters) {
+  std::string euros;
+  for (int i = 0; i < 200; ++i) euros += "\xE2\x82\xAC";
+  const std::string text = shown(bytes("8C 84 8D 92 84 03 83 81 EA") + euros, false, false);
+  EXPECT_NE(text.find("\"" + euros.substr(0, 99) + "...\""), std::string::npos) << text;
+  EXPECT_NE(shown(bytes("8C 84 8D 92 84 03 83 81 85 BE"), false, false).find("\"\xC5\xBE\""),
+            std::string::npos);  // iso-8859-2
+}
+
 TEST(Show, HexRowsCarryOffsets) {
   const std::string text = shown(bytes("8C 81 98 '0123456789abcdef' 00 92 80"), false, true);
   EXPECT_NE(

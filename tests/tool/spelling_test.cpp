@@ -86,6 +86,7 @@ TEST(When, InstantsAreLocalUnlessAZoneIsGiven) {
            {"@1795257005", 1795257005},
            {"2050-01-01T00:00:00Z", 2524608000},
            {"2026-13-01", 0},
+           {"2026-02-29", 0},
            {"2026-11-21T24:00", 0},
            {"2026-11-21T10", 0},
            {"2026-11-21T10:30:05X", 0},
@@ -102,8 +103,10 @@ TEST(When, RecordsOfBoth) {
   EXPECT_EQ(parseWhen("36h")->wDay, 1);
   EXPECT_EQ(parseWhen("36h")->wHour, 12);
   EXPECT_EQ(parseWhen("2026-11-21T10:30:05Z")->wHour, 12);
-  EXPECT_FALSE(parseWhen("0s"));          // unset, not now
-  EXPECT_FALSE(parseWhen("1999-01-01"));  // would be an interval
+  EXPECT_FALSE(parseWhen("0s"));  // unset, not now
+  EXPECT_NE(parseWhen("2026-10-25T00:30Z").has_value(),
+            parseWhen("2026-10-25T01:30Z").has_value());  // half past three, twice, in Helsinki
+  EXPECT_FALSE(parseWhen("1999-01-01"));                  // would be an interval
 }
 
 TEST(Base64, BothWays) {

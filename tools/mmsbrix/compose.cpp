@@ -8,7 +8,9 @@
 #include <CLI/Formatter.hpp>
 #include <CLI/Validators.hpp>
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <map>
 #include <memory>
@@ -23,6 +25,7 @@
 namespace mmsbrix::tool {
 namespace {
 
+constexpr int kMaxJsonDepth = 32;
 constexpr const char* kMixed = "application/vnd.wap.multipart.mixed";
 constexpr const char* kRelated = "application/vnd.wap.multipart.related";
 
@@ -267,8 +270,12 @@ bool fromJson(const ComposeCommand& command, const Streams& streams, CMMsg& mess
   }
   Json description;
   try {
-    description = Json::parse(*text);
-  } catch (const Json::exception& refusal) {
+    // Nesting is bounded: what is deeper than any description is not built at all.
+    description = Json::parse(*text, [](int depth, Json::parse_event_t, Json&) {
+      if (depth > kMaxJsonDepth) throw std::runtime_error("too deeply nested");
+      return true;
+    });
+  } catch (const std::exception& refusal) {
     problems.push_back(command.jsonFile + ": " + refusal.what());
     return false;
   }
@@ -287,8 +294,11 @@ bool fromJson(const ComposeCommand& command, const Streams& streams, CMMsg& mess
 
 int writeMessage(const ComposeCommand& command, CMMsg& message, const Streams& streams) {
   if (command.output != "-") {
+    errno = 0;
     if (MMS_Save(&message, command.output.c_str(), 0) != 0) return kDone;
-    streams.err << "mmsbrix compose: " << command.output << ": the message cannot be written\n";
+    streams.err << "mmsbrix compose: " << printable(command.output)
+                << ": the message cannot be written"
+                << (errno == 0 ? "" : std::string(": ") + std::strerror(errno)) << '\n';
     return kFailed;
   }
   void* data = nullptr;

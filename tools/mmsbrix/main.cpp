@@ -1,5 +1,6 @@
 // The mmsbrix command-line tool: parses the arguments and calls the subcommand.
 #include <mmsbrix/version.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <CLI/App.hpp>
@@ -61,6 +62,7 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
+  ::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is an error like any other
   try {
     return run(argc, argv);
   } catch (const std::exception& error) {

@@ -2,6 +2,7 @@
 
 #include <mmsbrix/mms/charsets.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <random>
@@ -10,11 +11,18 @@
 namespace mmsbrix::tool {
 namespace {
 
-// A text begins with what cannot be told from a length, a number or a quote on the wire.
+// A first octet below 32 is a length on the wire, 127 a quote.
 bool beginsLikeAText(std::string_view text) {
-  if (text.empty()) return true;
-  const auto first = static_cast<unsigned char>(text.front());
-  return first == 9 || first == 10 || first == 13 || (first >= 32 && first != 127);
+  return text.empty() || (static_cast<unsigned char>(text.front()) >= 32 && text.front() != 127);
+}
+
+// A name of header or parameter: a token.  [RFC 2616 2.2]
+bool isToken(std::string_view text) {
+  constexpr std::string_view kSeparators = "()<>@,;:\\\"/[]?={} \t";
+  return !text.empty() && std::ranges::all_of(text, [&](char c) {
+    return static_cast<unsigned char>(c) > 32 && static_cast<unsigned char>(c) < 127 &&
+           kSeparators.find(c) == std::string_view::npos;
+  });
 }
 
 void checkText(std::string_view text, const char* what, std::vector<std::string>& problems) {
@@ -37,17 +45,41 @@ void checkAddresses(CMMAddrList& list, const char* what, std::vector<std::string
   }
 }
 
+void checkHeader(const CMMHdr& header, const std::string& where,
+                 std::vector<std::string>& problems) {
+  const std::string name(header.Name());
+  if (!isToken(name)) problems.push_back(where + ": '" + name + "' is no header name");
+  checkText(header.Value(), (where + ": " + name).c_str(), problems);
+  for (const CMMParam& parameter : *header.Params()) {
+    if (!isToken(parameter.Name())) {
+      problems.push_back(where + ": '" + std::string(parameter.Name()) + "' is no parameter name");
+    }
+    checkText(parameter.Value(), (where + ": " + std::string(parameter.Name())).c_str(), problems);
+  }
+}
+
+// "major.minor" that fit three and four bits.
+void checkVersion(std::string_view version, std::vector<std::string>& problems) {
+  const bool fits =
+      version.size() >= 3 && version[0] >= '0' && version[0] <= '7' && version[1] == '.' &&
+      (version.size() == 3 || (version.size() == 4 && version[2] == '1' && version[3] <= '5')) &&
+      version[2] >= '0' && version.back() >= '0' && version.back() <= '9';
+  if (!fits) problems.push_back("'" + std::string(version) + "' is no MMS version such as 1.2");
+}
+
 void checkBody(CMMPart& root, std::vector<std::string>& problems) {
   const CMMHdr* type = root.Headers()->Find("Content-Type");
   if (type == nullptr || type->Value().empty()) {
     problems.emplace_back("there is no content type");
     return;
   }
+  checkHeader(*type, "the body", problems);
   for (unsigned i = 0; i < root.ChildCount(); ++i) {
     const CMMPart& part = *root.Child(i);
     CMMHdrList headers = *part.Headers();
     const std::string name = "part " + std::to_string(i + 1);
     if (headers.Find("Content-Type") == nullptr) problems.push_back(name + " has no content type");
+    for (const CMMHdr& header : *part.Headers()) checkHeader(header, name, problems);
     if (part.GetContent() == nullptr) problems.push_back(name + " has no content");
   }
 }
@@ -62,6 +94,7 @@ std::vector<std::string> findProblems(CMMsg& message) {
   if (message.GetTo()->Count() + message.GetCc()->Count() + message.GetBcc()->Count() == 0) {
     problems.emplace_back("there is no recipient (--to, --cc or --bcc)");
   }
+  checkVersion(message.GetVersion(), problems);
   const char* id = message.GetTransactionId();
   if (id == nullptr || *id == 0) {
     problems.emplace_back("there is no transaction id");

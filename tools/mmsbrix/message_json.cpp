@@ -4,6 +4,7 @@
 #include <mmsbrix/mms/charsets.h>
 #include <mmsbrix/mms/dates.h>
 
+#include <algorithm>
 #include <array>
 #include <fstream>
 #include <stdexcept>
@@ -252,8 +253,15 @@ class Builder {
     refuse(member, "none of " + known);
   }
 
-  // A string, or {"base64": ...}.
+  // A text of the message: a string, or {"base64": ...}; the wire has no zero octet in it.
   static std::string octets(const std::string& member, const Json& value) {
+    std::string text = content(member, value);
+    if (text.find('\0') != std::string::npos) refuse(member, "has a zero octet");
+    return text;
+  }
+
+  // The same for content, which may be any octets.
+  static std::string content(const std::string& member, const Json& value) {
     if (value.is_string()) return value.get<std::string>();
     if (value.is_object() && value.contains("base64") && value["base64"].is_string()) {
       if (auto decoded = fromBase64(value["base64"].get<std::string>())) return *std::move(decoded);
@@ -350,9 +358,14 @@ class Builder {
       readContent("content", description["content"], root);
     }
     if (!description.contains("parts")) return;
+    if (description.contains("content")) refuse("content", "stands beside \"parts\"");
     if (!description["parts"].is_array()) refuse("parts", "is no list");
     if (root.Headers()->Count() == 0) {
       root.Headers()->AddNew()->Assign("Content-Type", "application/vnd.wap.multipart.mixed");
+    }
+    const std::string type = root.Headers()->First()->GetValue();
+    if (!type.starts_with("multipart") && !type.starts_with("application/vnd.wap.multipart")) {
+      refuse("parts", type + " has no parts: it is no multipart");
     }
     for (std::size_t i = 0; i < description["parts"].size(); ++i) {
       const std::string member = "parts[" + std::to_string(i) + "]";
@@ -363,6 +376,13 @@ class Builder {
   }
 
   void readPart(const std::string& member, const Json& entry) {
+    constexpr auto kMembers = std::to_array<std::string_view>(
+        {"type", "parameters", "headers", "text", "base64", "file"});
+    for (const auto& [name, value] : entry.items()) {
+      if (std::ranges::find(kMembers, name) == kMembers.end()) {
+        refuse(member + "." + name, "is not known");
+      }
+    }
     CMMPart part;
     if (!readContent(member, entry, part)) return;
     if (entry.contains("type")) {
@@ -379,10 +399,10 @@ class Builder {
   // False for a file that cannot be read and may be left out.
   bool readContent(const std::string& member, const Json& value, CMMPart& part) const {
     if (value.contains("file")) return readFile(member, value, part);
-    const std::string content = value.is_object() && value.contains("text")
-                                    ? octets(member + ".text", value["text"])
-                                    : octets(member, value);
-    part.SetContent(content.data(), static_cast<int>(content.size()));
+    const std::string octets = value.is_object() && value.contains("text")
+                                   ? content(member + ".text", value["text"])
+                                   : content(member, value);
+    part.SetContent(octets.data(), static_cast<int>(octets.size()));
     return true;
   }
 

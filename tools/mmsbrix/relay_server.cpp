@@ -221,7 +221,9 @@ bool RelayServer::State::listen(std::string& error) {
   ::freeaddrinfo(found);
   if (daemon == nullptr) {
     error = "cannot listen on " + options.host + " port " + std::to_string(options.port) +
-            (reason == 0 ? std::string() : std::string(": ") + std::strerror(reason));
+            (reason != 0                       ? std::string(": ") + std::strerror(reason)
+             : !options.tlsCertificate.empty() ? std::string(": certificate or key cannot be used")
+                                               : std::string());
     return false;
   }
   if (const MHD_DaemonInfo* info = MHD_get_daemon_info(daemon, MHD_DAEMON_INFO_BIND_PORT)) {

@@ -6,6 +6,7 @@
 
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
@@ -116,22 +117,17 @@ CLI::App* addSend(CLI::App& app, SendCommand& command) {
   return send;
 }
 
-std::string resultCodeText(unsigned long code) {
+std::string resultCodeText(CMMSHttp::ResultKind kind, unsigned long code) {
+  if (kind == CMMSHttp::ResultKind::none) return "no code";
   char text[32];
-  if (code == 0) return "no code";
-  // Response statuses and HTTP statuses share the range; none of the success codes is assigned
-  // twice.
-  const bool isHttp = code >= 100 && code <= 599 && (code < 0x80 || code > 0xFF || code / 10 == 20);
-  if (isHttp) {
-    std::snprintf(text, sizeof text, "HTTP %lu", code);
-  } else if (code >= 0x80 && code <= 0xFF) {
-    const std::string name = responseStatusName(static_cast<int>(code));
-    std::snprintf(text, sizeof text, name.empty() ? "0x%02lX" : "0x%02lX ", code);
-    return text + name;
-  } else {
-    std::snprintf(text, sizeof text, "error %lu", code);
+  if (kind != CMMSHttp::ResultKind::responseStatus) {
+    const bool http = kind == CMMSHttp::ResultKind::httpStatus;
+    std::snprintf(text, sizeof text, http ? "HTTP %lu" : "error %lu", code);
+    return text;
   }
-  return text;
+  const std::string name = responseStatusName(static_cast<int>(code));
+  std::snprintf(text, sizeof text, name.empty() ? "0x%02lX" : "0x%02lX ", code);
+  return text + name;
 }
 
 int runSend(const SendCommand& command, const Streams& streams) {
@@ -161,7 +157,8 @@ int runSend(const SendCommand& command, const Streams& streams) {
   transport.SetTrustedCertificates(command.trustedCertificates.c_str());
   transport.SetCredentials(credentials.user.c_str(), credentials.password.c_str());
   bool accepted = false;
-  unsigned long code = 0;
+  std::string result;
+  std::string detail;
   std::array<char, 512> text{};
   {
     const Connection connection(transport, host, port);
@@ -175,17 +172,19 @@ int runSend(const SendCommand& command, const Streams& streams) {
     }
     const std::string& file = spooled ? spooled->path() : command.file;
     accepted = connection.open() && transport.SendMMS(command.url.c_str(), file.c_str(), 0);
-    code = transport.GetResult(text.data());
+    result = resultCodeText(transport.GetResultKind(), transport.GetResult(text.data()));
+    detail = transport.GetFailureDetail();
   }
-  const std::string shown = printable(text.data());
+  // The texts may have lines of their own; here they stand in one.
+  std::string shown = text.data();
+  std::ranges::replace(shown, '\n', ' ');
+  if (!shown.empty()) result += ": " + printable(shown);
+  if (!detail.empty()) result += " (" + printable(detail) + ")";
   if (accepted) {
-    streams.out << "accepted: " << resultCodeText(code) << (shown.empty() ? "" : ": " + shown)
-                << '\n';
+    streams.out << "accepted: " << result << '\n';
     return kDone;
   }
-  streams.err << "mmsbrix send: message not sent: " << resultCodeText(code)
-              << (shown.empty() ? "" : ": " + shown) << '\n';
-  if (code == 2) streams.err << "mmsbrix send: the file is " << printable(command.file) << '\n';
+  streams.err << "mmsbrix send: " << printable(command.file) << " not sent: " << result << '\n';
   return kFailed;
 }
 

@@ -2,6 +2,8 @@
 #ifndef MMSBRIX_TOOLS_SEND_H
 #define MMSBRIX_TOOLS_SEND_H
 
+#include <mmsbrix/transport/mmshttp.h>
+
 #include <CLI/App.hpp>
 #include <string>
 
@@ -28,7 +30,7 @@ CLI::App* addSend(CLI::App& app, SendCommand& command);
 int runSend(const SendCommand& command, const Streams& streams);
 
 /// The code of a submission with what kind of code it is: "0x80 Ok", "HTTP 404", "error 12029".
-[[nodiscard]] std::string resultCodeText(unsigned long code);
+[[nodiscard]] std::string resultCodeText(CMMSHttp::ResultKind kind, unsigned long code);
 
 }  // namespace mmsbrix::tool
 

@@ -13,7 +13,8 @@
 namespace mmsbrix::tool {
 namespace {
 
-constexpr std::size_t kMostOfAValue = 100;  // characters of a value in the table
+constexpr std::size_t kMostOfAValue = 100;                    // octets of a value in the table
+constexpr std::size_t kMostConverted = std::size_t{1} << 20;  // octets of a text part looked at
 
 std::string shorten(const std::string& text) {
   if (text.size() <= kMostOfAValue) return text;
@@ -75,7 +76,9 @@ class Printer {
     } else if (inspection_.bodyLength > 0) {
       out_ << "\nbody: " << octetCount(inspection_.bodyLength) << " at offset "
            << inspection_.bodyOffset << '\n';
-      printData(inspection_.bodyOffset, inspection_.bodyLength, contentType(), "  ");
+      const InspectedField* type = inspection_.find(0x04);
+      printData(inspection_.bodyOffset, inspection_.bodyLength, type->text.value_or(""),
+                type->parameters, "  ");
     }
     if (!inspection_.remarks.empty()) out_ << "\nremarks:\n";
     for (const Remark& remark : inspection_.remarks) {
@@ -84,11 +87,6 @@ class Printer {
   }
 
  private:
-  std::string contentType() const {
-    const InspectedField* type = inspection_.find(0x04);
-    return type != nullptr && type->text ? *type->text : "";
-  }
-
   void printFields() {
     if (inspection_.fields.empty()) return;
     std::size_t width = 5;
@@ -124,7 +122,7 @@ class Printer {
       if (hex_)
         printHex(pdu_.substr(part.headersOffset, part.headersLength), part.headersOffset, out_);
       if (part.parts.empty()) {
-        printData(part.dataOffset, part.dataLength, part.contentType, "     ");
+        printData(part.dataOffset, part.dataLength, part.contentType, part.parameters, "     ");
       } else {
         printParts(part.parts, number + ".");
       }
@@ -133,12 +131,18 @@ class Printer {
 
   // Hex when wanted; else the beginning of a text.
   void printData(std::size_t offset, std::size_t length, const std::string& type,
-                 const char* indent) {
+                 const std::vector<InspectedParameter>& parameters, const char* indent) {
     const std::string_view data = pdu_.substr(offset, length);
     if (hex_) {
       printHex(data, offset, out_);
     } else if ((type.starts_with("text/") || type == "application/smil") && !data.empty()) {
-      const auto text = toUtf8(data.substr(0, 4 * kMostOfAValue), "");
+      std::string charset;
+      for (const InspectedParameter& parameter : parameters) {
+        if (parameter.name == "Charset") charset = parameter.value;
+      }
+      // The whole text is converted: a cut could fall into a character.
+      auto text = data.size() <= kMostConverted ? toUtf8(data, charset) : std::nullopt;
+      if (!text) text = toUtf8(data.substr(0, kMostConverted), "");
       if (text) out_ << indent << '"' << shorten(printable(*text)) << "\"\n";
     }
   }
@@ -181,6 +185,8 @@ const char* kindName(RemarkKind kind) {
       return "count-mismatch";
     case RemarkKind::crashPattern:
       return "crash-pattern";
+    case RemarkKind::tooMany:
+      return "too-many";
     case RemarkKind::notMms:
       return "not-mms";
   }
@@ -268,13 +274,13 @@ int showOne(const ShowCommand& command, const std::string& file, const Streams& 
   std::string error;
   const auto pdu = readAll(file, streams.in, error);
   if (!pdu) {
-    streams.err << "mmsbrix show: " << error << '\n';
+    streams.err << "mmsbrix show: " << printable(error) << '\n';
     return kFailed;
   }
   const Inspection inspection = inspect(pdu->data(), pdu->size());
   if (isNoPdu(inspection)) {
-    streams.err << "mmsbrix show: " << file << ": offset 0: " << inspection.remarks.front().text
-                << '\n';
+    streams.err << "mmsbrix show: " << printable(file)
+                << ": offset 0: " << inspection.remarks.front().text << '\n';
     return kFailed;
   }
   if (command.json) {

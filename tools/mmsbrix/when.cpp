@@ -4,6 +4,7 @@
 
 #include <array>
 #include <charconv>
+#include <chrono>
 
 namespace mmsbrix::tool {
 namespace {
@@ -43,8 +44,10 @@ bool takeZone(std::string_view& text, bool& utc, std::int64_t& offset) {
 }
 
 bool inRange(const SYSTEMTIME& record) {
-  return record.wMonth >= 1 && record.wMonth <= 12 && record.wDay >= 1 && record.wDay <= 31 &&
-         record.wHour < 24 && record.wMinute < 60 && record.wSecond < 61;
+  const std::chrono::year_month_day date{std::chrono::year(record.wYear),
+                                         std::chrono::month(record.wMonth),
+                                         std::chrono::day(record.wDay)};
+  return date.ok() && record.wHour < 24 && record.wMinute < 60 && record.wSecond < 61;
 }
 
 }  // namespace
@@ -104,8 +107,12 @@ std::optional<std::uint64_t> parseInstant(std::string_view text) {
 
 std::optional<SYSTEMTIME> parseWhen(std::string_view text) {
   if (const auto seconds = parseInterval(text)) return intervalRecord(*seconds);
-  if (const auto seconds = parseInstant(text)) return instantRecord(*seconds);
-  return std::nullopt;
+  const auto seconds = parseInstant(text);
+  if (!seconds) return std::nullopt;
+  const auto record = instantRecord(*seconds);
+  // In the hour that clocks repeat in autumn a local time stands for two instants.
+  const bool same = record && instantOf(*record, false) == static_cast<std::int64_t>(*seconds);
+  return same ? record : std::nullopt;
 }
 
 }  // namespace mmsbrix::tool

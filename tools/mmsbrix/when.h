@@ -16,7 +16,8 @@ namespace mmsbrix::tool {
 /// or
 /// "+02:00" behind it (then not local), or "@1795515005"; nothing when it is none.
 [[nodiscard]] std::optional<std::uint64_t> parseInstant(std::string_view text);
-/// The record of either; nothing when it is neither or cannot be held.
+/// The record of either; nothing when it is neither, or when a local record cannot hold it (before
+/// 2001, or the second of two hours that clocks repeat).
 [[nodiscard]] std::optional<SYSTEMTIME> parseWhen(std::string_view text);
 
 }  // namespace mmsbrix::tool

@@ -87,10 +87,13 @@ int writeInPlace(const char* path, std::span<const std::uint8_t> content) noexce
 // name. 0 or errno; on failure nothing is left behind.
 int writeBesideAndRename(const std::string& target, const struct stat* existing,
                          std::span<const std::uint8_t> content) {
+  // The name is short whatever the target's is, which may be as long as names can be.
+  const std::string folder = target.substr(0, target.rfind('/') + 1);
   std::string beside;
   int fd = -1;
   for (unsigned attempt = 0; attempt < 100; ++attempt) {
-    beside = target + "." + std::to_string(::getpid()) + "-" + std::to_string(attempt) + ".part";
+    beside =
+        folder + ".mmsbrix-" + std::to_string(::getpid()) + "-" + std::to_string(attempt) + ".part";
     fd = openRetrying(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0666);
     if (fd >= 0 || errno != EEXIST) break;
   }
@@ -104,6 +107,21 @@ int writeBesideAndRename(const std::string& target, const struct stat* existing,
   if (failure == 0 && ::rename(beside.c_str(), target.c_str()) != 0) failure = errno;
   if (failure != 0) ::unlink(beside.c_str());
   return failure;
+}
+
+int writeOrErrno(const char* path, std::span<const std::uint8_t> content) {
+  struct stat status {};
+  const bool exists = ::stat(path, &status) == 0;
+  struct stat link {};
+  const bool isDanglingLink = !exists && ::lstat(path, &link) == 0;
+  if (isDanglingLink || (exists && !S_ISREG(status.st_mode))) return writeInPlace(path, content);
+  // A link keeps pointing where it points: the new file goes beside its target.
+  std::string target = path;
+  if (char resolved[PATH_MAX]; exists && ::realpath(path, resolved) != nullptr) target = resolved;
+  if (exists && ::access(target.c_str(), W_OK) != 0) return errno;
+  const int failure = writeBesideAndRename(target, exists ? &status : nullptr, content);
+  const bool folderTakesNone = failure == EACCES || failure == EPERM || failure == EROFS;
+  return exists && folderTakesNone ? writeInPlace(path, content) : failure;
 }
 
 }  // namespace
@@ -183,16 +201,8 @@ bool InputFile::read(std::span<std::uint8_t> buffer, unsigned* error) {
 }
 
 unsigned writeWholeFile(const char* path, std::span<const std::uint8_t> content) {
-  struct stat status {};
-  const bool exists = ::stat(path, &status) == 0;
-  if (exists && !S_ISREG(status.st_mode)) return win32Error(writeInPlace(path, content));
-  // A link keeps pointing where it points: the new file goes beside its target.
-  std::string target = path;
-  if (char resolved[PATH_MAX]; exists && ::realpath(path, resolved) != nullptr) target = resolved;
-  if (exists && ::access(target.c_str(), W_OK) != 0) return win32Error(errno);
-  const int failure = writeBesideAndRename(target, exists ? &status : nullptr, content);
-  const bool folderTakesNone = failure == EACCES || failure == EPERM || failure == EROFS;
-  if (exists && folderTakesNone) return win32Error(writeInPlace(path, content));
+  const int failure = writeOrErrno(path, content);
+  errno = failure;
   return win32Error(failure);
 }
 

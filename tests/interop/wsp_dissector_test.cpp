@@ -87,7 +87,8 @@ std::string outputOf(const std::string& command) {
 
 // One text for each packet: what stands under "Headers", lower case.
 std::vector<std::string> dissect(const std::string& capture) {
-  const std::string all = outputOf("tshark -n -r '" + capture + "' -V 2>/dev/null");
+  const std::string all =
+      outputOf("TZ=UTC LC_ALL=C.UTF-8 tshark -n -r '" + capture + "' -V 2>/dev/null");
   std::vector<std::string> frames;
   for (std::size_t at = all.find("Frame "); at != std::string::npos;) {
     const std::size_t next = all.find("\nFrame ", at);

@@ -11,6 +11,7 @@
 #include "model/mmsg.h"
 #include "transport/mmshttp.h"
 #include "transport/trace_log.h"
+#include "version.h"
 #include "wsp/diagnostics.h"
 #include "wsp/header_block.h"
 

@@ -13,33 +13,17 @@ struct MediaTypeRow {
   std::string_view mediaType;
 };
 
-// What messages are made of.  These rows go before the platform's database, whose spellings and orders
-// differ between systems.
+// What messages are made of.  These rows go before the platform's database, whose spellings and
+// orders differ between systems.
 constexpr auto kMediaTypes = std::to_array<MediaTypeRow>({
-    {".txt", "text/plain"},
-    {".jpg", "image/jpeg"},
-    {".jpeg", "image/jpeg"},
-    {".jpe", "image/jpeg"},
-    {".gif", "image/gif"},
-    {".png", "image/png"},
-    {".wbmp", "image/vnd.wap.wbmp"},
-    {".bmp", "image/bmp"},
-    {".tif", "image/tiff"},
-    {".tiff", "image/tiff"},
-    {".amr", "audio/amr"},
-    {".mp3", "audio/mpeg"},
-    {".mid", "audio/midi"},
-    {".midi", "audio/midi"},
-    {".wav", "audio/x-wav"},
-    {".aac", "audio/aac"},
-    {".3gp", "video/3gpp"},
-    {".mp4", "video/mp4"},
-    {".smil", "application/smil"},
-    {".smi", "application/smil"},
-    {".vcf", "text/x-vCard"},
-    {".vcs", "text/x-vCalendar"},
-    {".htm", "text/html"},
-    {".html", "text/html"},
+    {".txt", "text/plain"},          {".jpg", "image/jpeg"},       {".jpeg", "image/jpeg"},
+    {".jpe", "image/jpeg"},          {".gif", "image/gif"},        {".png", "image/png"},
+    {".wbmp", "image/vnd.wap.wbmp"}, {".bmp", "image/bmp"},        {".tif", "image/tiff"},
+    {".tiff", "image/tiff"},         {".amr", "audio/amr"},        {".mp3", "audio/mpeg"},
+    {".mid", "audio/midi"},          {".midi", "audio/midi"},      {".wav", "audio/x-wav"},
+    {".aac", "audio/aac"},           {".3gp", "video/3gpp"},       {".mp4", "video/mp4"},
+    {".smil", "application/smil"},   {".smi", "application/smil"}, {".vcf", "text/x-vCard"},
+    {".vcs", "text/x-vCalendar"},    {".htm", "text/html"},        {".html", "text/html"},
 });
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include "mms/content_type.h"
 
-#include <algorithm>
-
 #include "platform/ascii.h"
 #include "wsp/http_text.h"
 #include "wsp/wap_mms_shared.h"

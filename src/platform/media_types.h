@@ -7,8 +7,8 @@
 
 namespace mmsbrix::platform {
 
-/// The media type registered for an extension (point included, letters in any case); "" for none, and
-/// on a machine without a database.
+/// The media type registered for an extension (point included, letters in any case); "" for none,
+/// and on a machine without a database.
 [[nodiscard]] std::string mediaTypeOfExtension(std::string_view extension);
 
 }  // namespace mmsbrix::platform

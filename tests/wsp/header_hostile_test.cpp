@@ -43,7 +43,7 @@ class Generator {
     return text + '"';
   }
   std::string parameter() {
-    const std::string name = "x-" + token();
+    std::string name = "x-" + token();
     switch (below(4)) {
       case 0:
         return name;

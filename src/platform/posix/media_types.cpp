@@ -40,7 +40,8 @@ std::string mediaTypeOfExtension(std::string_view extension) {
       const std::size_t type = row.find(':');
       const std::size_t pattern = row.find(':', type + 1);
       if (type == std::string_view::npos || pattern == std::string_view::npos) continue;
-      const std::string_view glob = row.substr(pattern + 1, row.find(':', pattern + 1) - pattern - 1);
+      const std::string_view glob =
+          row.substr(pattern + 1, row.find(':', pattern + 1) - pattern - 1);
       if (glob.starts_with('*') && equalsIgnoringCase(glob.substr(1), extension)) {
         return std::string(row.substr(type + 1, pattern - type - 1));
       }

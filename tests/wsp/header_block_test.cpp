@@ -213,6 +213,8 @@ TEST(HeaderBlock, TextsOfOtherSpellingMeanTheSame) {
       {v13, "Content-ID", "\"<a>\"", "C0 22 '<a>' 00"},
       {v11, "If-None-Match", "\"a,b\" , \"c\"", "99 22 'a,b' 22 00 99 22 'c' 22 00"},
       {v12, "X-Wap-Application-Id", "X-WAP-Application:MMS.ua", "AF 84"},
+      {v13, "Cookie", "$Path=/x; a=b", "'Cookie' 00 '$Path=/x; a=b' 00"},  // whose path?
+      {v13, "Cookie", "a=b; $Domain=d", "C2 0A '0' 00 07 'a' 00 'b' 00 00 'd' 00"},
       {v11, "Set-Cookie", "a=b; expires=Wed, 09-Nov-99 23:12:40 GMT",
        "'Set-Cookie' 00 'a=b; expires=Wed, 09-Nov-99 23:12:40 GMT' 00"},
   });

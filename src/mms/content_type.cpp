@@ -1,8 +1,5 @@
 #include "mms/content_type.h"
 
-#include <algorithm>
-#include <charconv>
-
 #include "platform/ascii.h"
 #include "wsp/http_text.h"
 #include "wsp/wap_mms_shared.h"
@@ -39,15 +36,6 @@ std::uint8_t mediaNumberOf(std::string_view mediaType) noexcept {
   return isUnassigned(number) || code >= kCodecMediaTypes ? 0 : static_cast<std::uint8_t>(code);
 }
 
-std::optional<std::uint64_t> decimal(std::string_view text) noexcept {
-  std::uint64_t value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (text.empty() || error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  // What would not read back to the same text, such as "05", is no number here.
-  if (text.size() > 1 && text.front() == '0') return std::nullopt;
-  return value;
-}
-
 // Reads a date with the text-centred value class, which refuses what is none.
 bool readDate(Reader& in, std::string& out) {
   WapStack::DateValue value;
@@ -72,7 +60,7 @@ bool writeCompact(Writer& out, ParameterKind kind, std::string_view text) {
         out.octet(kAnyCharsetOctet);
       } else if (!isUnassigned(assigned)) {
         writeInteger(out, static_cast<std::uint32_t>(assigned) & 0xFFFF);
-      } else if (const auto number = decimal(text)) {
+      } else if (const auto number = plainDecimal(text)) {
         writeInteger(out, *number);
       } else {
         return false;
@@ -81,7 +69,7 @@ bool writeCompact(Writer& out, ParameterKind kind, std::string_view text) {
     }
     case ParameterKind::integer:
     case ParameterKind::shortInteger: {
-      const auto number = decimal(text);
+      const auto number = plainDecimal(text);
       if (number) writeInteger(out, *number);
       return number.has_value();
     }

@@ -13,6 +13,7 @@
 #include "platform/files.h"
 #include "transport/result_texts.h"
 #include "transport/trace.h"
+#include "wsp/http_text.h"
 
 namespace mmsbrix {
 namespace {
@@ -25,25 +26,6 @@ constexpr unsigned kRequestFlags = 0x84400000;
 constexpr unsigned kStatusOk = 200;
 /// Longest Base64 text of credentials; what goes beyond is cut off.
 constexpr std::size_t kMaxCredentialsText = 512;
-
-// [RFC 4648 4]
-std::string base64(std::string_view octets) {
-  constexpr std::string_view kDigits =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string text;
-  text.reserve((octets.size() + 2) / 3 * 4);
-  for (std::size_t i = 0; i < octets.size(); i += 3) {
-    const std::string_view group = octets.substr(i, 3);
-    std::uint32_t bits = 0;
-    for (std::size_t k = 0; k < 3; ++k) {
-      bits = bits << 8 | (k < group.size() ? static_cast<std::uint8_t>(group[k]) : 0u);
-    }
-    for (std::size_t k = 0; k < 4; ++k) {
-      text += k <= group.size() ? kDigits[bits >> (18 - 6 * k) & 0x3F] : '=';
-    }
-  }
-  return text;
-}
 
 std::optional<std::vector<std::uint8_t>> readFile(const char* path, unsigned& error) {
   auto file = platform::InputFile::open(path, &error);
@@ -139,7 +121,8 @@ bool HttpClient::submit(const platform::UrlParts& server, std::span<const std::u
   std::string shownHeaders = headers;
   if (!user_.empty() && !password_.empty()) {
     constexpr char kAuthorization[] = "\nAuthorization: Basic ";
-    headers += kAuthorization + base64(user_ + ":" + password_).substr(0, kMaxCredentialsText);
+    headers +=
+        kAuthorization + toBase64(asOctets(user_ + ":" + password_)).substr(0, kMaxCredentialsText);
     shownHeaders += std::string(kAuthorization) + "***";
   }
   status_ = sendAndRead(headers, shownHeaders, message, progress);

@@ -10,7 +10,7 @@ namespace {
 
 constexpr bool isIndexedByCode() {
   for (std::size_t i = 0; i < kHeaderTable.size(); ++i) {
-    if (kHeaderTable[i].code != i || kHeaderTable[i].format == nullptr) return false;
+    if (kHeaderTable[i].code != i) return false;
   }
   return true;
 }

@@ -1,6 +1,7 @@
 #include "wsp/wap_mms_shared.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "wsp/report.h"
 
@@ -187,7 +188,11 @@ std::size_t fieldSize(const Reader& in) noexcept {
   if (first < kLengthQuote) return 1 + std::size_t{first};
   if (first == kLengthQuote) {
     const Uintvar length = peekUintvar(in, 2);
-    return length.error ? 0 : 1 + length.octets + std::size_t{length.value};
+    const std::size_t stated = length.value;
+    constexpr std::size_t kAll = std::numeric_limits<std::size_t>::max();
+    const std::size_t prefix = 1 + length.octets;
+    // Where sizes have 32 bits the sum may not fit; the value is cut short in any case then.
+    return length.error ? 0 : prefix + std::min(stated, kAll - prefix);
   }
   if (first >= kShortIntegerBit) return 1;
   const void* zero = std::memchr(ahead.data(), 0, ahead.size());

@@ -30,7 +30,7 @@ constexpr auto kMakers = []<std::size_t... Codes>(std::index_sequence<Codes...>)
 (std::make_index_sequence<kHeaderCodes>());
 
 const ValueFormat& formatOf(const HeaderRow* row) noexcept {
-  return row == nullptr ? kOpaqueFormat : *row->format;
+  return row == nullptr ? kOpaqueFormat : row->format;
 }
 
 // Decodes a value of a whole field size.

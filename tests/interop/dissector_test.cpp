@@ -1,62 +1,36 @@
 // An independent dissector reads what we encode: no malformed mark, and each field as it was
 // composed.
 #include <gtest/gtest.h>
-#include <stdio.h>
 
 #include <array>
-#include <memory>
 #include <sstream>
 #include <string>
 
 #include "command.h"
 #include "compose.h"
-#include "support/counterparty.h"
+#include "support/dissector.h"
 #include "support/pcap.h"
-#include "support/temporary_folder.h"
 
 namespace mmsbrix::test {
 namespace {
 
 const std::string kMedia = MMSBRIX_SAMPLE_MEDIA;
 
-std::string outputOf(const std::string& command) {
-  const std::unique_ptr<FILE, int (*)(FILE*)> pipe(::popen(command.c_str(), "r"), &::pclose);
-  std::string output;
-  std::array<char, 4096> chunk;
-  for (std::size_t got = 0;
-       pipe && (got = std::fread(chunk.data(), 1, chunk.size(), pipe.get())) > 0;) {
-    output.append(chunk.data(), got);
-  }
-  return output;
-}
-
-bool dissectorIsThere() {
-  return outputOf("tshark --version 2>/dev/null").find("TShark") != std::string::npos;
-}
-
 struct FieldCase {
   const char* name;  // the dissector's name of the field
   const char* value;
 };
 
-class Dissector : public testing::Test {
+class Dissector : public DissectorTest {
  protected:
-  void SetUp() override {
-    if (!dissectorIsThere() && !mustBeInstalled()) GTEST_SKIP() << "tshark is not installed";
-    ASSERT_TRUE(dissectorIsThere());
-  }
   // A capture of the message being submitted; its path.
   std::string capture(const std::string& pdu) {
     const std::string request =
         "POST /mms HTTP/1.1\r\nHost: mmsc.example\r\n"
         "Content-Type: application/vnd.wap.mms-message\r\nContent-Length: " +
         std::to_string(pdu.size()) + "\r\n\r\n" + pdu;
-    return folder_.put("m.pcap", captureOf(tcpSegment(80, request), 6));
+    return folder_.put("m.pcap", captureOf({tcpSegment(80, request)}, 6));
   }
-  static std::string run(const std::string& file, const std::string& options) {
-    return outputOf("TZ=UTC tshark -r '" + file + "' " + options + " 2>/dev/null");
-  }
-  TemporaryFolder folder_;
 };
 
 TEST_F(Dissector, ReadsEveryFieldAsItWasComposed) {

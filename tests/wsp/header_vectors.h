@@ -111,6 +111,10 @@ inline constexpr auto kHeaderVectors = std::to_array<HeaderVector>({
      "91 0A B3 99 22 '<a>' 00 9A 'x' 00", "application/vnd.wap.multipart.related"},
     {v14, "Content-Type", "a/b; Name=\"a b\"; ext; x=\"\"; y=5; z=\"5\"",
      "91 1B 'a/b' 00 97 22 'a b' 00 'ext' 00 00 'x' 00 22 00 'y' 00 85 'z' 00 22 '5' 00", "a/b"},
+    {v13, "Content-Type", "a/b; Comment=c; Domain=d; Max-Age=60; Path=\"/x\"; Secure",
+     "91 12 'a/b' 00 8C 'c' 00 8D 'd' 00 8E BC 8F '/x' 00 90 00", "a/b"},
+    {v14, "Content-Type", "a/b; Comment=c; Domain=\"d e\"; Path=\"/x\"",
+     "91 12 'a/b' 00 9B 'c' 00 9C 22 'd e' 00 9D 22 '/x' 00", "a/b"},
     {v11, "Content-Type", "", "91 00", ""},
     // 12 to 1E
     {v11, "Date", "Thu, 23 Apr 1998 13:41:37 GMT", "92 04 35 3F 45 11", "Apr 23, 1998 13:41:37"},

@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "mms/field_table.h"
-#include "mms/item_budget.h"
 #include "mms/inspector.h"
+#include "mms/item_budget.h"
 #include "wsp/header_walker.h"
 
 namespace mmsbrix {

@@ -25,9 +25,12 @@ bool encodeText(std::string_view text, Version /*version*/, Writer& out) {
 
 bool decodeQuotedText(Reader& in, std::string& text) {
   // Tolerance: without the mark that opens it, as some relays write Content-ID.
-  if (in.peekOctet() == mmsbrix::kStringQuote) in.skip(1);
+  const bool marked = in.peekOctet() == mmsbrix::kStringQuote;
+  if (marked) in.skip(1);
   const auto inside = takeText(in);
   text = inside.value_or("");
+  // The closing mark stands where the value went out as the text that HTTP writes.
+  if (marked && text.ends_with('"')) text.pop_back();
   return inside.has_value();
 }
 

@@ -84,6 +84,7 @@ TEST(HeaderBlock, OddFormsAreReadForWhatTheyAre) {
       {"BB 04 'a' 00 80 33", "Accept-Charset", "a; q=0.5"},
       {"AC E3", "Warning", "199"},
       {"C0 '<a>' 00", "Content-ID", "<a>"},
+      {"C0 22 '<a>' 22 00", "Content-ID", "<a>"},
       {"AE 82", "Content-Disposition", "inline"},
       {"AE 06 'own' 00 88 00", "Content-Disposition", "own; Padding"},
       // A quoted-string where a text-string belongs, with and without its end.

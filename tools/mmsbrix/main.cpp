@@ -14,6 +14,7 @@
 #include "relay.h"
 #include "send.h"
 #include "show.h"
+#include "wsp_headers.h"
 
 namespace {
 
@@ -30,11 +31,13 @@ int run(int argc, char** argv) {
   SendCommand send;
   RelayCommand relay;
   DemoCommand demo;
+  WspCommand wsp;
   CLI::App* composeApp = addCompose(app, compose);
   CLI::App* showApp = addShow(app, show);
   CLI::App* sendApp = addSend(app, send);
   CLI::App* relayApp = addRelay(app, relay);
   CLI::App* demoApp = addDemo(app, demo);
+  CLI::App* wspApp = addWsp(app, wsp);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -49,6 +52,7 @@ int run(int argc, char** argv) {
     result = runSend(send, streams);
   }
   if (relayApp->parsed()) result = runRelay(relay, std::cout, std::cerr);
+  if (wspApp->parsed()) result = runWsp(wsp, streams);
   if (demoApp->parsed()) result = runDemo(demo, streams);
   std::cout.flush();
   if (!std::cout && result == kDone) {

@@ -75,8 +75,7 @@ int decode(const WspCommand& command, const Streams& streams) {
   std::string error;
   std::error_code ignored;
   const bool isFile = command.input == "-" || std::filesystem::exists(command.input, ignored);
-  const auto octets =
-      isFile ? readAll(command.input, streams.in, error) : fromHex(command.input);
+  const auto octets = isFile ? readAll(command.input, streams.in, error) : fromHex(command.input);
   if (!octets) {
     streams.err << "mmsbrix wsp: "
                 << (isFile ? error : printable(command.input) + ": neither a file nor hex octets")

@@ -9,7 +9,7 @@
 #include "mms/inspector.h"
 #include "mms/mmscodec.h"
 #include "model/mmsg.h"
-#include "smil/smil.h"
+#include "smil/smilcodec.h"
 #include "transport/mmshttp.h"
 #include "transport/trace_log.h"
 #include "wsp/diagnostics.h"

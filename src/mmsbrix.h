@@ -9,6 +9,7 @@
 #include "mms/inspector.h"
 #include "mms/mmscodec.h"
 #include "model/mmsg.h"
+#include "smil/parse_error.h"
 #include "smil/smilcodec.h"
 #include "transport/mmshttp.h"
 #include "transport/trace_log.h"

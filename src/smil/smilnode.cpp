@@ -157,7 +157,7 @@ const CSMILAttr* CSMILNode::Attribute(unsigned int index) const noexcept {
 CSMILAttr* CSMILNode::FindAttribute(const char* name) {
   const std::string_view wanted = orEmpty(name);
   CSMILAttr* attribute = CSMILNode::FirstAttribute();
-  while (attribute != nullptr && !equalsIgnoringCase(attribute->GetName(), wanted)) {
+  while (attribute != nullptr && !equalsIgnoringCase(attribute->Name(), wanted)) {
     attribute = CSMILNode::NextAttribute();
   }
   return attribute;

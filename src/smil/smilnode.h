@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "../export.h"
@@ -20,6 +21,8 @@ class MMSBRIX_API CSMILAttr {
 
   const char* GetName() const noexcept { return name_.c_str(); }
   const char* GetValue() const noexcept { return value_.c_str(); }
+  std::string_view Name() const noexcept { return name_; }
+  std::string_view Value() const noexcept { return value_; }
   void PutName(const char* name);
   void PutValue(const char* value);
 

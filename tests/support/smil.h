@@ -34,6 +34,25 @@ inline void deepen(CSMILNode& root, int depth) {
   for (int i = 0; i < depth; ++i) node = append(*node, new CSMILNode("a"));
 }
 
+/// The whole tree on one line: "tag[name=value ...](children)", media nodes with a "*".
+inline std::string dump(const CSMILNode& node) {
+  std::string text = node.GetTag();
+  if (dynamic_cast<const CSMILMedia*>(&node) != nullptr) text += '*';
+  if (node.AttributeCount() > 0) text += '[';
+  for (unsigned i = 0; i < node.AttributeCount(); ++i) {
+    if (i > 0) text += ' ';
+    text.append(node.Attribute(i)->GetName()).append("=").append(node.Attribute(i)->GetValue());
+  }
+  if (node.AttributeCount() > 0) text += ']';
+  if (node.ElementCount() > 0) text += '(';
+  for (unsigned i = 0; i < node.ElementCount(); ++i) {
+    if (i > 0) text += ' ';
+    text += dump(*node.Element(i));
+  }
+  if (node.ElementCount() > 0) text += ')';
+  return text;
+}
+
 }  // namespace mmsbrix::test
 
 #endif  // MMSBRIX_TESTS_SUPPORT_SMIL_H

@@ -13,8 +13,6 @@
 
 namespace {
 
-using mmsbrix::platform::XmlError;
-
 enum class Onto { presentHolding, emptied };
 
 // Neither loads anything from outside, so one pass does what a first attempt with the document type

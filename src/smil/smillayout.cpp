@@ -14,7 +14,7 @@ CSMILRootLayout::~CSMILRootLayout() = default;
 void CSMILRootLayout::PutBackgroundColor(unsigned int color) {
   if (color == kNoColor) return;
   char text[sizeof "#RRGGBB"];
-  std::snprintf(text, sizeof text, "#%02X%02X%02X", (color >> 16) & 0xFF, (color >> 8) & 0xFF,
+  (void)std::snprintf(text, sizeof text, "#%02X%02X%02X", (color >> 16) & 0xFF, (color >> 8) & 0xFF,
                 color & 0xFF);
   putText("backgroundColor", text);
 }

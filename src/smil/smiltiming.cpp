@@ -4,11 +4,6 @@
 
 #include "smil/attribute_values.h"
 
-CSMILTimingAttr::CSMILTimingAttr() = default;
-CSMILTimingAttr::CSMILTimingAttr(const CSMILTimingAttr& other) = default;
-CSMILTimingAttr& CSMILTimingAttr::operator=(const CSMILTimingAttr& other) = default;
-CSMILTimingAttr::~CSMILTimingAttr() = default;
-
 int CSMILTimingAttr::timeOf(const char* name) {
   const CSMILAttr* attribute = FindAttribute(name);
   return attribute == nullptr ? 0 : mmsbrix::leadingNumber(attribute->GetValue());

@@ -22,10 +22,10 @@ class MMSBRIX_API CSMILTimingAttr {
   void PutDur(int milliseconds) { putTime("dur", milliseconds); }
 
  protected:
-  CSMILTimingAttr();
-  CSMILTimingAttr(const CSMILTimingAttr& other);
-  CSMILTimingAttr& operator=(const CSMILTimingAttr& other);
-  ~CSMILTimingAttr();
+  CSMILTimingAttr() = default;
+  CSMILTimingAttr(const CSMILTimingAttr& other) = default;
+  CSMILTimingAttr& operator=(const CSMILTimingAttr& other) = default;
+  ~CSMILTimingAttr() = default;
 
  private:
   int timeOf(const char* name);

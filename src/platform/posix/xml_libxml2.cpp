@@ -239,11 +239,12 @@ void onError(void* user, const char* format, ...) {
   char text[512];
   std::va_list arguments;
   va_start(arguments, format);
-  std::vsnprintf(text, sizeof text, format, arguments);
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_start is the line above
+  const int length = std::vsnprintf(text, sizeof text, format, arguments);
   va_end(arguments);
   inRun(user, [&](Run& run) {
     if (run.error) return;
-    std::string reason = text;
+    std::string reason = length < 0 ? "" : text;
     while (reason.ends_with('\n')) reason.pop_back();
     run.error = XmlError{xmlSAX2GetLineNumber(run.parser), xmlSAX2GetColumnNumber(run.parser),
                          std::move(reason)};

@@ -4,6 +4,7 @@
 
 #include "export.h"
 #include "convert/media_types.h"
+#include "convert/mmsconvert.h"
 #include "mms/charsets.h"
 #include "mms/dates.h"
 #include "mms/inspector.h"

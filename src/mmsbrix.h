@@ -3,8 +3,10 @@
 #define MMSBRIX_MMSBRIX_H
 
 #include "export.h"
+#include "convert/file_names.h"
 #include "convert/media_types.h"
 #include "convert/mmsconvert.h"
+#include "convert/slides.h"
 #include "mms/charsets.h"
 #include "mms/dates.h"
 #include "mms/inspector.h"

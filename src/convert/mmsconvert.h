@@ -22,6 +22,16 @@ extern "C" {
 /// from then on, still labelled as utf-8.  `flags` selects nothing; pass 0.
 MMSBRIX_API int MMS_MMSToSmil(CMMsg* msg, CSMIL* smil, const char* dir, unsigned long flags);
 
+/// Makes a presentation the body of a message: multipart/related, the presentation first, then one
+/// part for each medium.  Its octets are the element's content or else those of the file that `src`
+/// names; elements of the same `src` and octets share a part, and those that point to a server, or
+/// at nothing, have none.  The media type is the element's `type`, else that of the file's name.
+/// Texts are labelled with their charset; text in UTF-16 with a mark becomes UTF-8.
+///
+/// The body that `msg` had is replaced, its other fields stay, and `smil` is not changed.  1, or 0
+/// with `msg` untouched when a file cannot be read.  `flags` selects nothing; pass 0.
+MMSBRIX_API int MMS_SmilToMMS(CSMIL* smil, CMMsg* msg, unsigned long flags);
+
 }  // extern "C"
 
 #endif  // MMSBRIX_CONVERT_MMSCONVERT_H

@@ -3,9 +3,11 @@
 #define MMSBRIX_MMSBRIX_H
 
 #include "export.h"
+#include "convert/extraction.h"
 #include "convert/file_names.h"
 #include "convert/media_types.h"
 #include "convert/mmsconvert.h"
+#include "convert/references.h"
 #include "convert/slides.h"
 #include "mms/charsets.h"
 #include "mms/dates.h"

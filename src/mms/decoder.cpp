@@ -63,13 +63,13 @@ void readPart(const MultipartItem& item, CMMPart& part) {
   setContent(part, item.data);
 }
 
-void readMultipart(Octets body, CMMPart& root) {
+}  // namespace
+
+void decodeMultipart(Octets body, CMMPart& root) {
   MultipartWalker walker(body);
   MultipartItem item;
   while (walker.next(item)) readPart(item, *root.NewChild());
 }
-
-}  // namespace
 
 void decodeMessage(Octets pdu, CMMsg& message) {
   message.Clear();
@@ -81,7 +81,7 @@ void decodeMessage(Octets pdu, CMMsg& message) {
   if (contentType == nullptr) return;
   const Octets body = pdu.subspan(headerLength);
   if (isMultipart(contentType->Value())) {
-    readMultipart(body, root);
+    decodeMultipart(body, root);
   } else {
     setContent(root, body);
   }

@@ -11,6 +11,10 @@ namespace mmsbrix {
 /// is there; time is linear in the size.
 void decodeMessage(Octets pdu, CMMsg& message);
 
+/// Appends the entries of a multipart body, as far as they are there, to a part's children.
+/// [WAP-230 8.5]
+void decodeMultipart(Octets body, CMMPart& root);
+
 }  // namespace mmsbrix
 
 #endif  // MMSBRIX_MMS_DECODER_H

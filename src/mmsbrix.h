@@ -2,13 +2,13 @@
 #ifndef MMSBRIX_MMSBRIX_H
 #define MMSBRIX_MMSBRIX_H
 
-#include "export.h"
 #include "convert/extraction.h"
 #include "convert/file_names.h"
 #include "convert/media_types.h"
 #include "convert/mmsconvert.h"
 #include "convert/references.h"
 #include "convert/slides.h"
+#include "export.h"
 #include "mms/charsets.h"
 #include "mms/dates.h"
 #include "mms/inspector.h"
@@ -18,6 +18,7 @@
 #include "smil/smilcodec.h"
 #include "transport/mmshttp.h"
 #include "transport/trace_log.h"
+#include "version.h"
 #include "wsp/diagnostics.h"
 
 #endif  // MMSBRIX_MMSBRIX_H

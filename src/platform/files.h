@@ -3,6 +3,7 @@
 #ifndef MMSBRIX_PLATFORM_FILES_H
 #define MMSBRIX_PLATFORM_FILES_H
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -22,6 +23,9 @@ inline constexpr unsigned kErrorReadFault = 30;
 inline constexpr unsigned kErrorFileExists = 80;
 inline constexpr unsigned kErrorDiskFull = 112;
 inline constexpr unsigned kErrorInvalidName = 123;
+
+/// Most octets that are read from what has no size of its own, so that an endless device ends.
+inline constexpr std::size_t kMaxStreamOctets = std::size_t{1} << 30;
 
 /// An existing file, opened for reading and shared with other readers.  What has no size of its own
 /// (a pipe, a device) is read to its end on opening.

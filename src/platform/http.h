@@ -103,6 +103,8 @@ struct HttpSessionOptions {
   /// they begin with, port 0 is 80.
   std::string proxy;
   std::chrono::seconds stallLimit = kStallLimit;
+  /// PEM file of the certificates to trust instead of the system's; empty for the system's.
+  std::string trustedCertificates = {};
 };
 
 /// A session with its proxy, agent name and kept connections.  It outlives its connections, which

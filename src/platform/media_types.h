@@ -7,8 +7,8 @@
 
 namespace mmsbrix::platform {
 
-/// The media type registered for an extension (point included, letters in any case); "" for none, and
-/// on a machine without a database.
+/// The media type registered for an extension (point included, letters in any case); "" for none,
+/// and on a machine without a database.
 [[nodiscard]] std::string mediaTypeOfExtension(std::string_view extension);
 
 /// The first extension registered for a media type (letters in any case), with its point; "" likewise.

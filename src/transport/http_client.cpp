@@ -1,7 +1,6 @@
 #include "transport/http_client.h"
 
 #include <algorithm>
-#include <cstring>
 #include <new>
 #include <optional>
 #include <string_view>
@@ -77,12 +76,14 @@ class OnlineScope {
 HttpClient::HttpClient(std::string user, std::string password)
     : user_(std::move(user)), password_(std::move(password)) {}
 
-bool HttpClient::connect(const std::string& proxyHost, unsigned proxyPort) {
+bool HttpClient::connect(const std::string& proxyHost, unsigned proxyPort,
+                         const std::string& trustedCertificates) {
   const std::string proxy =
       proxyHost.empty() ? std::string() : proxyHost + ":" + std::to_string(proxyPort);
   trace("HttpClient::Connect - InternetOpen(\"%s\", INTERNET_OPEN_TYPE_PROXY, %s, ...)", kAgent,
         proxy.c_str());
-  session_ = platform::HttpSession::open({.agent = kAgent, .proxy = proxy});
+  session_ = platform::HttpSession::open(
+      {.agent = kAgent, .proxy = proxy, .trustedCertificates = trustedCertificates});
   return session_ != nullptr;
 }
 
@@ -210,7 +211,7 @@ unsigned long HttpClient::getResult(char* text) const {
   if (text != nullptr) {
     const std::string_view full = answered ? responseText_ : resultText(status_);
     const std::size_t length = std::min(full.size(), kTextSize - 1);
-    std::memcpy(text, full.data(), length);
+    full.copy(text, length);
     text[length] = '\0';
   }
   return answered ? responseStatus_ : status_;

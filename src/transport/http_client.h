@@ -24,7 +24,9 @@ class HttpClient {
 
   /// Opens a session through the proxy, directly when `proxyHost` is empty.  Connects to nothing
   /// yet; false when the platform gives no session.
-  bool connect(const std::string& proxyHost, unsigned proxyPort);
+  /// `trustedCertificates` is a PEM file, empty for the system's certificates.
+  bool connect(const std::string& proxyHost, unsigned proxyPort,
+               const std::string& trustedCertificates);
   /// Posts `file` to `url`; true when the relay accepted it.  Connections stay open for the next
   /// one.
   bool sendMms(const char* file, const char* url, const platform::SendProgress& progress);

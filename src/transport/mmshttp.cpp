@@ -24,7 +24,7 @@ CMMSHttp::~CMMSHttp() = default;
 bool CMMSHttp::ConnectGtw(const char* host, unsigned int port, unsigned long) {
   auto* client = new HttpClient(user_.data(), password_.data());
   connection_ = client;
-  return client->connect(mmsbrix::orEmpty(host), port);
+  return client->connect(mmsbrix::orEmpty(host), port, trustedCertificates_);
 }
 
 void CMMSHttp::DisconnectGtw() {
@@ -44,6 +44,10 @@ unsigned long CMMSHttp::GetResult(char* text) {
 
 bool CMMSHttp::Abort() {
   return true;
+}
+
+void CMMSHttp::SetTrustedCertificates(const char* pemFile) {
+  trustedCertificates_ = mmsbrix::orEmpty(pemFile);
 }
 
 void CMMSHttp::SetProgress(Progress progress) {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
 
 #include "../export.h"
 #include "mmscomm.h"
@@ -36,7 +37,12 @@ class MMSBRIX_API CMMSHttp : public CMMSComm {
   /// Replaces the function that the following SendMMS calls tell; an empty one ends that.
   void SetProgress(Progress progress);
 
+  /// Certificates (a PEM file) that the following ConnectGtw trusts for https, instead of the
+  /// system's; null or empty for the system's.
+  void SetTrustedCertificates(const char* pemFile);
+
  private:
+  std::string trustedCertificates_;
   Progress progress_;
 };
 

@@ -59,15 +59,18 @@ bool tracing() noexcept {
   return traceLog().listening.load(std::memory_order_relaxed);
 }
 
+// NOLINTBEGIN(cert-dcl50-cpp,clang-analyzer-valist.Uninitialized): the lines are printf formats,
+// which the compiler checks; the analyzer takes va_start for no initialisation.
 void trace(const char* format, ...) {
   if (!tracing()) return;
   std::array<char, kLineSize> line{};
   va_list arguments;
   va_start(arguments, format);
-  std::vsnprintf(line.data(), line.size(), format, arguments);
+  const int length = std::vsnprintf(line.data(), line.size(), format, arguments);
   va_end(arguments);
-  deliver(line.data());
+  if (length >= 0) deliver(line.data());
 }
+// NOLINTEND(cert-dcl50-cpp,clang-analyzer-valist.Uninitialized)
 
 void traceOctets(std::string_view prefix, std::span<const std::uint8_t> octets) {
   if (!tracing()) return;

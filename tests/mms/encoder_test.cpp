@@ -2,12 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <filesystem>
-#include <fstream>
 
 #include "mms/mmscodec.h"
 #include "support/hex.h"
 #include "support/messages.h"
+#include "support/temporary_folder.h"
 
 namespace mmsbrix::test {
 namespace {
@@ -205,54 +204,40 @@ TEST(Encoder, AnUncodableChildEndsTheBody) {
             "8C 80 89 01 81 84 8C 02 01 00 82 " + normal("06 01 05 83 'q' 00 '1' 00 'x'"));
 }
 
-class SavedFile : public testing::Test {
- protected:
-  void SetUp() override {
-    path_ = std::filesystem::path(testing::TempDir()) /
-            ("mmsbrix-save-" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) +
-             testing::UnitTest::GetInstance()->current_test_info()->name());
-  }
-  void TearDown() override { std::filesystem::remove(path_); }
-  void put(const char* text) { std::ofstream(path_) << text; }
-  std::string content() {
-    std::ifstream in(path_, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-  }
-
-  std::filesystem::path path_;
-};
-
-TEST_F(SavedFile, HoldsWhatMemoryHoldsAndReadsBack) {
+TEST(SavedFile, HoldsWhatMemoryHoldsAndReadsBack) {
   CMMsg message;
   fillComplete(message);
-  put("something longer than nothing, to be replaced");
+  const TemporaryFolder folder;
+  const std::string path = folder.put("m", "something longer than nothing, to be replaced");
   const auto octets = encode(message);
-  EXPECT_EQ(MMS_Save(&message, path_.c_str(), 0), octets.size());
-  EXPECT_EQ(content(), std::string(octets.begin(), octets.end()));
+  EXPECT_EQ(MMS_Save(&message, path.c_str(), 0), octets.size());
+  EXPECT_EQ(folder.get("m"), std::string(octets.begin(), octets.end()));
   CMMsg read;
-  EXPECT_EQ(MMS_Load(path_.c_str(), &read, 0), 1);
+  EXPECT_EQ(MMS_Load(path.c_str(), &read, 0), 1);
   EXPECT_STREQ(read.GetTransactionId(), "T-1");
 }
 
-TEST_F(SavedFile, StaysWhenTheMessageCannotBeEncoded) {
+TEST(SavedFile, StaysWhenTheMessageCannotBeEncoded) {
   CMMsg message;
   fillComplete(message);
   message.Content()->NewChild();
-  put("old");
-  EXPECT_EQ(MMS_Save(&message, path_.c_str(), 0), 0U);
-  EXPECT_EQ(content(), "old");
+  const TemporaryFolder folder;
+  const std::string path = folder.put("m", "old");
+  EXPECT_EQ(MMS_Save(&message, path.c_str(), 0), 0U);
+  EXPECT_EQ(folder.get("m"), "old");
   message.SetMsgType(CMMsg::MSG_TYPE_DELIVERY_IND);
-  EXPECT_EQ(MMS_Save(&message, path_.c_str(), 0), 0U);
-  EXPECT_EQ(content(), "");  // no m-send-req: an empty file
+  EXPECT_EQ(MMS_Save(&message, path.c_str(), 0), 0U);
+  EXPECT_EQ(folder.get("m"), "");  // no m-send-req: an empty file
 }
 
-TEST_F(SavedFile, AMissingFileLeavesTheMessageAlone) {
+TEST(SavedFile, AMissingFileLeavesTheMessageAlone) {
+  const TemporaryFolder folder;
   CMMsg message;
   message.SetVersion("1.1");
-  EXPECT_EQ(MMS_Load(path_.c_str(), &message, 0), 0);
-  EXPECT_EQ(MMS_Load(testing::TempDir().c_str(), &message, 0), 0);
+  EXPECT_EQ(MMS_Load(folder.path("none").c_str(), &message, 0), 0);
+  EXPECT_EQ(MMS_Load(folder.path().c_str(), &message, 0), 0);
   EXPECT_STREQ(message.GetVersion(), "1.1");
-  EXPECT_EQ(MMS_Save(&message, (path_ / "none" / "x").c_str(), 0), 0U);
+  EXPECT_EQ(MMS_Save(&message, folder.path("none/x").c_str(), 0), 0U);
 }
 
 }  // namespace

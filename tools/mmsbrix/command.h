@@ -22,11 +22,12 @@ struct Streams {
   std::ostream& err;
 };
 
-/// A file's octets, or those of `in` for "-".  Nothing on failure, and `error` names the file and says
-/// why.
+/// A file's octets, or those of `in` for "-".  Nothing on failure, and `error` names the file and
+/// says why.
 std::optional<std::string> readAll(const std::string& path, std::istream& in, std::string& error);
 
-/// "host:port", an IPv6 host in brackets; `defaultPort` where none is given.  False when it is neither.
+/// "host:port", an IPv6 host in brackets; `defaultPort` where none is given.  False when it is
+/// neither.
 bool parseEndpoint(std::string_view text, std::optional<std::uint16_t> defaultPort,
                    std::string& host, std::uint16_t& port);
 
@@ -35,7 +36,8 @@ struct Credentials {
   std::string user;
   std::string password;
 };
-/// Reads "user:password" from the first line of a file; nothing, with `error` set, when it is not there.
+/// Reads "user:password" from the first line of a file; nothing, with `error` set, when it is not
+/// there.
 std::optional<Credentials> readCredentials(const std::string& path, std::string& error);
 
 /// Text for a terminal: control characters and octets that are not UTF-8 show as "\xNN".

@@ -43,12 +43,14 @@ bool isNetworkAddress(const std::string& text, int family) {
 }  // namespace
 
 std::optional<CMMAddr::TYPE> addressKind(std::string_view name) {
-  const auto found = std::ranges::find(kKinds, name, &std::pair<std::string_view, CMMAddr::TYPE>::first);
+  const auto found =
+      std::ranges::find(kKinds, name, &std::pair<std::string_view, CMMAddr::TYPE>::first);
   return found == kKinds.end() ? std::nullopt : std::optional(found->second);
 }
 
 std::string_view addressKindName(CMMAddr::TYPE kind) {
-  const auto found = std::ranges::find(kKinds, kind, &std::pair<std::string_view, CMMAddr::TYPE>::second);
+  const auto found =
+      std::ranges::find(kKinds, kind, &std::pair<std::string_view, CMMAddr::TYPE>::second);
   return found == kKinds.end() ? "other" : found->first;
 }
 
@@ -68,12 +70,14 @@ std::optional<CMMAddr> parseRecipient(const std::string& text, bool force, std::
   }
   const std::size_t at = text.find('@');
   const bool mail = at != std::string::npos && at > 0 && at + 1 < text.size();
-  const bool plain = std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) > 0x20; });
+  const bool plain =
+      std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) > 0x20; });
   if (mail && plain) return CMMAddr(text.c_str(), CMMAddr::TYPE_PLAIN);
   if (force) return CMMAddr(text.c_str(), CMMAddr::TYPE_OTHER);
-  error = "'" + text +
-          "' is no telephone number, mail address or IP address (force a kind: plmn:, mail:, ipv4:, "
-          "ipv6:, other:)";
+  error =
+      "'" + text +
+      "' is no telephone number, mail address or IP address (force a kind: plmn:, mail:, ipv4:, "
+      "ipv6:, other:)";
   return std::nullopt;
 }
 

@@ -20,14 +20,11 @@
 #include <ostream>
 #include <utility>
 
+#include "command.h"
 #include "relay_server.h"
 
 namespace mmsbrix::tool {
 namespace {
-
-constexpr int kDone = 0;
-constexpr int kFailed = 1;
-constexpr int kWrongUsage = 2;
 
 /// Takes SIGINT and SIGTERM from their handlers into a descriptor, for this thread and those that
 /// it starts, and gives them back at the end.
@@ -80,16 +77,6 @@ bool parseNumber(std::string_view text, int base, Number& number) {
   return error == std::errc{} && end == text.data() + text.size() && !text.empty();
 }
 
-bool parseAddress(const std::string& text, std::string& host, std::uint16_t& port) {
-  const std::size_t colon = text.rfind(':');
-  if (colon == std::string::npos || colon == 0) return false;
-  host = text.substr(0, colon);
-  if (host.size() > 2 && host.front() == '[' && host.back() == ']') {
-    host = host.substr(1, host.size() - 2);
-  }
-  return parseNumber(std::string_view(text).substr(colon + 1), 10, port);
-}
-
 // A response status by its number, "0x84" or "132", or by its name, "Error-network-problem".
 bool parseStatus(const std::string& text, std::uint8_t& status) {
   const bool hex = text.starts_with("0x") || text.starts_with("0X");
@@ -107,7 +94,7 @@ bool parseStatus(const std::string& text, std::uint8_t& status) {
 
 // What is asked for, as options of the server.  An exit status, with a line on `err` unless done.
 int fillOptions(const RelayCommand& command, RelayOptions& options, std::ostream& err) {
-  if (!parseAddress(command.listen, options.host, options.port)) {
+  if (!parseEndpoint(command.listen, std::nullopt, options.host, options.port)) {
     err << "mmsbrix relay: --listen: not HOST:PORT: " << command.listen << "\n";
     return kWrongUsage;
   }
@@ -119,16 +106,25 @@ int fillOptions(const RelayCommand& command, RelayOptions& options, std::ostream
     options.responseStatus = status;
   }
   if (!command.credentialsFile.empty()) {
-    std::ifstream file(command.credentialsFile);
-    std::getline(file, options.credentials);
-    if (!options.credentials.empty() && options.credentials.back() == '\r') {
-      options.credentials.pop_back();
-    }
-    if (options.credentials.find(':') == std::string::npos) {
-      err << "mmsbrix relay: --credentials: no user:password in the first line of "
-          << command.credentialsFile << "\n";
+    std::string error;
+    const auto credentials = readCredentials(command.credentialsFile, error);
+    if (!credentials) {
+      err << "mmsbrix relay: --credentials: " << printable(error) << "\n";
       return kFailed;
     }
+    options.credentials = credentials->user + ':' + credentials->password;
+  }
+  if (!command.tlsCertificateFile.empty()) {
+    std::string error;
+    std::ifstream none;
+    const auto certificate = readAll(command.tlsCertificateFile, none, error);
+    const auto key = readAll(command.tlsKeyFile, none, error);
+    if (!certificate || !key) {
+      err << "mmsbrix relay: " << printable(error) << "\n";
+      return kFailed;
+    }
+    options.tlsCertificate = *certificate;
+    options.tlsKey = *key;
   }
   options.storeDirectory = command.storeDirectory;
   options.responseText = command.text;
@@ -182,6 +178,14 @@ CLI::App* addRelay(CLI::App& app, RelayCommand& command) {
       ->add_option("--credentials", command.credentialsFile,
                    "Require the user:password in the first line of this file")
       ->type_name("FILE");
+  CLI::Option* certificate = relay
+                                 ->add_option("--tls-certificate", command.tlsCertificateFile,
+                                              "Speak https with the certificate in this PEM file")
+                                 ->type_name("FILE");
+  CLI::Option* key =
+      relay->add_option("--tls-key", command.tlsKeyFile, "Its private key, PEM")->type_name("FILE");
+  certificate->needs(key);
+  key->needs(certificate);
   relay->add_option("--count", command.count, "Stop after so many exchanges")->type_name("N");
   return relay;
 }
@@ -207,7 +211,8 @@ int runRelay(const RelayCommand& command, std::ostream& out, std::ostream& err) 
     err << "mmsbrix relay: " << error << "\n";
     return kFailed;
   }
-  out << "listening on http://" << relay->address() << "/" << std::endl;
+  out << "listening on " << (command.tlsCertificateFile.empty() ? "http" : "https") << "://"
+      << relay->address() << "/" << std::endl;
   addressFirst.unlock();
 
   std::array<pollfd, 2> events = {pollfd{signals.descriptor(), POLLIN, 0},

@@ -26,6 +26,8 @@ struct RelayCommand {
   bool cut = false;
   bool close = false;
   std::string credentialsFile;
+  std::string tlsCertificateFile;
+  std::string tlsKeyFile;
   std::uint64_t count = 0;  ///< exchanges after which it stops; 0 for none
 };
 

@@ -22,8 +22,8 @@ enum class ResponseStatus : std::uint8_t {
 /// The relay's opinion of a PDU.
 struct Verdict {
   std::uint8_t status = static_cast<std::uint8_t>(ResponseStatus::ok);
-  std::string text;             ///< why it is refused, UTF-8; empty for none
-  std::string transactionId;    ///< of the PDU, empty when it has none
+  std::string text{};           ///< why it is refused, UTF-8; empty for none
+  std::string transactionId{};  ///< of the PDU, empty when it has none
   std::uint8_t version = 0x90;  ///< of the PDU as on the wire, 1.0 when it has none
 
   [[nodiscard]] bool accepted() const noexcept {

@@ -199,12 +199,21 @@ bool RelayServer::State::listen(std::string& error) {
   }
   unsigned flags = MHD_USE_AUTO_INTERNAL_THREAD | MHD_ALLOW_SUSPEND_RESUME;
   if (found->ai_family == AF_INET6) flags |= MHD_USE_IPv6;
+  std::vector<MHD_OptionItem> tls;
+  if (!options.tlsCertificate.empty()) {
+    flags |= MHD_USE_TLS;
+    tls.push_back(
+        {MHD_OPTION_HTTPS_MEM_CERT, 0, const_cast<char*>(options.tlsCertificate.c_str())});
+    tls.push_back({MHD_OPTION_HTTPS_MEM_KEY, 0, const_cast<char*>(options.tlsKey.c_str())});
+  }
+  tls.push_back({MHD_OPTION_END, 0, nullptr});
   errno = 0;
   daemon = MHD_start_daemon(flags, 0, nullptr, nullptr, &State::onAccess, this,        //
                             MHD_OPTION_SOCK_ADDR, found->ai_addr,                      //
                             MHD_OPTION_URI_LOG_CALLBACK, &State::onUri, this,          //
                             MHD_OPTION_NOTIFY_COMPLETED, &State::onCompleted, this,    //
                             MHD_OPTION_NOTIFY_CONNECTION, &State::onConnection, this,  //
+                            MHD_OPTION_ARRAY, tls.data(),                              //
                             MHD_OPTION_THREAD_POOL_SIZE, kThreads,                     //
                             MHD_OPTION_CONNECTION_LIMIT, kConnectionLimit,             //
                             MHD_OPTION_CONNECTION_TIMEOUT, kIdleSeconds, MHD_OPTION_END);

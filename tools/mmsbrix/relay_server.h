@@ -45,22 +45,24 @@ struct RelayExchange {
 struct RelayOptions {
   std::string host = "127.0.0.1";  ///< address to listen on
   std::uint16_t port = 0;          ///< 0 takes any that is free
-  std::string storeDirectory;      ///< every valid message is written here; empty for nowhere
-  std::optional<std::uint8_t> responseStatus;  ///< in answer to a valid message; Ok by itself
-  std::string responseText;                    ///< goes with it, UTF-8
-  unsigned httpStatus = 200;                   ///< another than 200 carries no PDU
+  std::string storeDirectory{};    ///< every valid message is written here; empty for nowhere
+  std::optional<std::uint8_t> responseStatus{};  ///< in answer to a valid message; Ok by itself
+  std::string responseText{};                    ///< goes with it, UTF-8
+  unsigned httpStatus = 200;                     ///< another than 200 carries no PDU
   std::string contentType = "application/vnd.wap.mms-message";  ///< of the answer
   std::chrono::milliseconds delay{0};                           ///< before the answer
   std::size_t slowOctets = 0;  ///< octets of the body per interval, 0 for all at once
   std::chrono::milliseconds slowInterval{100};
   bool chunked = false;  ///< the body goes out in chunks, without a length
   ReplyFault fault = ReplyFault::none;
-  std::string credentials;  ///< "user:password" that requests must carry; empty for none
+  std::string credentials{};     ///< "user:password" that requests must carry; empty for none
+  std::string tlsCertificate{};  ///< PEM text; with it and its key the relay speaks https only
+  std::string tlsKey{};          ///< PEM text
   std::size_t maxBodyOctets = std::size_t{64} << 20;  ///< a larger request gets 413
   std::size_t keptExchanges = 64;  ///< how many `exchanges` hands out, the last ones
   /// Called after each exchange, from a thread of the relay, one call at a time.  It must not stop
   /// the relay.
-  std::function<void(const RelayExchange&)> onExchange;
+  std::function<void(const RelayExchange&)> onExchange{};
 };
 
 class RelayServer {

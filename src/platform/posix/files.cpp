@@ -138,6 +138,10 @@ std::optional<InputFile> InputFile::open(const char* path, unsigned* error) {
     std::uint8_t chunk[16384];
     ssize_t got = 0;
     while ((got = readFully(state->file.get(), chunk)) > 0) {
+      if (state->drained.size() > kMaxStreamOctets) {
+        set(error, kErrorNotEnoughMemory);
+        return std::nullopt;
+      }
       state->drained.insert(state->drained.end(), chunk, chunk + got);
     }
     if (got < 0) {

@@ -185,6 +185,7 @@ struct SessionState {
   std::string agent;
   std::string proxyUrl;  ///< empty for a direct connection
   std::chrono::seconds stallLimit;
+  std::string trustedCertificates;  ///< PEM file; empty for the system's
 };
 
 /// The server of a connection with the credentials that answer its challenges.
@@ -279,6 +280,9 @@ class CurlRequest final : public HttpRequest {
     // An empty text, other than none, keeps the environment's proxies out.
     options.set(CURLOPT_PROXY, session_.proxyUrl.c_str());
     options.set(CURLOPT_NOPROXY, "");
+    if (!session_.trustedCertificates.empty()) {
+      options.set(CURLOPT_CAINFO, session_.trustedCertificates.c_str());
+    }
     options.set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
     options.set(CURLOPT_FOLLOWLOCATION, 1L);
     options.set(CURLOPT_MAXREDIRS, kMaxRedirects);
@@ -417,8 +421,9 @@ std::unique_ptr<HttpSession> HttpSession::open(const HttpSessionOptions& options
   if (kInitialized != CURLE_OK) return nullptr;
   EasyHandle easy(curl_easy_init());
   if (easy == nullptr) return nullptr;
-  return std::make_unique<CurlSession>(
-      SessionState{std::move(easy), options.agent, proxyUrlOf(options.proxy), options.stallLimit});
+  return std::make_unique<CurlSession>(SessionState{std::move(easy), options.agent,
+                                                    proxyUrlOf(options.proxy), options.stallLimit,
+                                                    options.trustedCertificates});
 }
 
 // No such mode here.

@@ -1,0 +1,152 @@
+// Addresses, times and octets as people write them.
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "command.h"
+#include "recipient.h"
+#include "when.h"
+
+namespace mmsbrix::tool {
+namespace {
+
+struct RecipientCase {
+  const char* spelled;
+  const char* text;  // null: refused
+  CMMAddr::TYPE type;
+};
+
+TEST(Recipient, TheKindIsToldByTheTextOrForced) {
+  for (const auto& [spelled, text, type] : std::to_array<RecipientCase>({
+           {"+358 (40) 123-45.67", "+358401234567", CMMAddr::TYPE_PLMN},
+           {"12345", "12345", CMMAddr::TYPE_PLMN},
+           {"*123#", "*123#", CMMAddr::TYPE_PLMN},
+           {"10.0.0.7", "10.0.0.7", CMMAddr::TYPE_IPV4},
+           {"10.0.0.777", "1000777", CMMAddr::TYPE_PLMN},  // no IP address, so a number with points
+           {"2001:db8::1", "2001:db8::1", CMMAddr::TYPE_IPV6},
+           {"ann@example.com", "ann@example.com", CMMAddr::TYPE_PLAIN},
+           {"plmn:ann", "ann", CMMAddr::TYPE_PLMN},
+           {"other:+1", "+1", CMMAddr::TYPE_OTHER},
+           {"mail:", nullptr, CMMAddr::TYPE_OTHER},
+           {"ann", nullptr, CMMAddr::TYPE_OTHER},
+           {"@example.com", nullptr, CMMAddr::TYPE_OTHER},
+           {"a b@example.com", nullptr, CMMAddr::TYPE_OTHER},
+           {"+", nullptr, CMMAddr::TYPE_OTHER},
+           {"", nullptr, CMMAddr::TYPE_OTHER},
+       })) {
+    std::string error;
+    const auto address = parseRecipient(spelled, false, error);
+    ASSERT_EQ(address.has_value(), text != nullptr) << spelled;
+    EXPECT_EQ(error.empty(), text != nullptr);
+    if (text == nullptr) continue;
+    EXPECT_EQ(address->Value()->Text(), text);
+    EXPECT_EQ(address->GetType(), type) << spelled;
+  }
+  std::string error;
+  EXPECT_EQ(parseRecipient("ann", true, error)->GetType(), CMMAddr::TYPE_OTHER);
+}
+
+struct IntervalCase {
+  const char* spelled;
+  std::uint64_t seconds;  // 0: none
+};
+
+TEST(When, Intervals) {
+  for (const auto& [spelled, seconds] : std::to_array<IntervalCase>({
+           {"2d", 172800},
+           {"36h", 129600},
+           {"1w2d3h4min5s", 788645},
+           {"90m", 5400},
+           {"65536d", 5662310400},
+           {"65537d", 0},
+           {"99999999999999999999s", 0},
+           {"2", 0},
+           {"d", 0},
+           {"2d ", 0},
+           {"", 0},
+           {"-1d", 0},
+       })) {
+    EXPECT_EQ(parseInterval(spelled).value_or(0), seconds) << spelled;
+  }
+}
+
+struct InstantCase {
+  const char* spelled;
+  std::uint64_t seconds;  // 0: none
+};
+
+TEST(When, InstantsAreLocalUnlessAZoneIsGiven) {
+  for (const auto& [spelled, seconds] : std::to_array<InstantCase>({
+           {"2026-11-21T10:30:05Z", 1795257005},
+           {"2026-11-21T12:30:05+02:00", 1795257005},
+           {"2026-11-21 06:00:05-0430", 1795257005},
+           {"2026-11-21T12:30:05", 1795257005},  // Helsinki
+           {"2026-11-21 12:30", 1795257000},
+           {"2026-07-01", 1782853200},  // summer time
+           {"@1795257005", 1795257005},
+           {"2050-01-01T00:00:00Z", 2524608000},
+           {"2026-13-01", 0},
+           {"2026-11-21T24:00", 0},
+           {"2026-11-21T10", 0},
+           {"2026-11-21T10:30:05X", 0},
+           {"2026-1-1", 0},
+           {"1969-01-01T00:00Z", 0},
+           {"@", 0},
+           {"tomorrow", 0},
+       })) {
+    EXPECT_EQ(parseInstant(spelled).value_or(0), seconds) << spelled;
+  }
+}
+
+TEST(When, RecordsOfBoth) {
+  EXPECT_EQ(parseWhen("36h")->wDay, 1);
+  EXPECT_EQ(parseWhen("36h")->wHour, 12);
+  EXPECT_EQ(parseWhen("2026-11-21T10:30:05Z")->wHour, 12);
+  EXPECT_FALSE(parseWhen("0s"));          // unset, not now
+  EXPECT_FALSE(parseWhen("1999-01-01"));  // would be an interval
+}
+
+TEST(Base64, BothWays) {
+  for (const auto& [octets, text] : std::to_array<std::pair<std::string, const char*>>(
+           {{"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"foo", "Zm9v"}, {"\xFB\xFF", "+/8="}})) {
+    EXPECT_EQ(toBase64(octets), text);
+    EXPECT_EQ(fromBase64(text), octets);
+  }
+  for (const char* bad : {"Zg=", "Z", "Zg=a", "Z!==", "===="}) EXPECT_FALSE(fromBase64(bad)) << bad;
+}
+
+struct EndpointCase {
+  const char* text;
+  const char* host;  // null: refused
+  int port;
+};
+
+TEST(Endpoint, HostsAndPorts) {
+  for (const auto& [text, host, port] : std::to_array<EndpointCase>({
+           {"10.1.1.1:8080", "10.1.1.1", 8080},
+           {"proxy", "proxy", 80},
+           {"proxy:", "proxy", 80},
+           {"[::1]:81", "::1", 81},
+           {"[::1]", "::1", 80},
+           {":80", nullptr, 0},
+           {"a:b", nullptr, 0},
+           {"a:70000", nullptr, 0},
+           {"[::1", nullptr, 0},
+           {"[::1]80", nullptr, 0},
+       })) {
+    std::string read;
+    std::uint16_t readPort = 0;
+    ASSERT_EQ(parseEndpoint(text, 80, read, readPort), host != nullptr) << text;
+    if (host == nullptr) continue;
+    EXPECT_EQ(read, host);
+    EXPECT_EQ(readPort, port);
+  }
+}
+
+TEST(Printable, ControlCharactersDoNotReachTheTerminal) {
+  EXPECT_EQ(printable("a\x1B[2J\n\x7F\xC3\xA4"), "a\\x1B[2J\\x0A\\x7F\xC3\xA4");
+  EXPECT_EQ(printable("\xE4"), "\\xE4");
+}
+
+}  // namespace
+}  // namespace mmsbrix::tool

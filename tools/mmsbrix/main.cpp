@@ -1,0 +1,70 @@
+// The mmsbrix command-line tool: parses the arguments and calls the subcommand.
+#include <mmsbrix/version.h>
+#include <unistd.h>
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <exception>
+#include <iostream>
+
+#include "compose.h"
+#include "demo.h"
+#include "relay.h"
+#include "send.h"
+#include "show.h"
+
+namespace {
+
+int run(int argc, char** argv) {
+  using namespace mmsbrix::tool;
+  CLI::App app("Compose, show, submit and receive multimedia messages (MMS)", "mmsbrix");
+  app.set_version_flag("--version", std::string("mmsbrix ") + mmsbrix::version());
+  app.require_subcommand(1);
+  app.footer(
+      "Exit status: 0 done, 1 refused or failed, 2 wrong usage.\n"
+      "Try 'mmsbrix SUBCOMMAND --help', or 'mmsbrix demo' to see it all at work.");
+  ComposeCommand compose;
+  ShowCommand show;
+  SendCommand send;
+  RelayCommand relay;
+  DemoCommand demo;
+  CLI::App* composeApp = addCompose(app, compose);
+  CLI::App* showApp = addShow(app, show);
+  CLI::App* sendApp = addSend(app, send);
+  CLI::App* relayApp = addRelay(app, relay);
+  CLI::App* demoApp = addDemo(app, demo);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? kDone : kWrongUsage;
+  }
+  const Streams streams{std::cin, std::cout, std::cerr};
+  int result = kWrongUsage;
+  if (composeApp->parsed()) result = runCompose(compose, streams);
+  if (showApp->parsed()) result = runShow(show, streams);
+  if (sendApp->parsed()) {
+    send.showProgress = ::isatty(STDERR_FILENO) == 1;
+    result = runSend(send, streams);
+  }
+  if (relayApp->parsed()) result = runRelay(relay, std::cout, std::cerr);
+  if (demoApp->parsed()) result = runDemo(demo, streams);
+  std::cout.flush();
+  if (!std::cout && result == kDone) {
+    std::cerr << "mmsbrix: standard output cannot be written\n";
+    result = kFailed;
+  }
+  return result;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::ios::sync_with_stdio(false);
+  try {
+    return run(argc, argv);
+  } catch (const std::exception& error) {
+    std::cerr << "mmsbrix: " << error.what() << '\n';
+    return mmsbrix::tool::kFailed;
+  }
+}

@@ -11,7 +11,8 @@ namespace mmsbrix::platform {
 /// and on a machine without a database.
 [[nodiscard]] std::string mediaTypeOfExtension(std::string_view extension);
 
-/// The first extension registered for a media type (letters in any case), with its point; "" likewise.
+/// The first extension registered for a media type (letters in any case), with its point; ""
+/// likewise.
 [[nodiscard]] std::string extensionOfMediaType(std::string_view mediaType);
 
 }  // namespace mmsbrix::platform

@@ -3,8 +3,8 @@
 #include <cstdio>
 #include <string_view>
 
-#include "model/text.h"
 #include "platform/ascii.h"
+#include "platform/text.h"
 
 CSMILRootLayout::CSMILRootLayout() : CSMILNode("root-layout") {}
 CSMILRootLayout::CSMILRootLayout(const CSMILRootLayout& other) = default;
@@ -15,7 +15,7 @@ void CSMILRootLayout::PutBackgroundColor(unsigned int color) {
   if (color == kNoColor) return;
   char text[sizeof "#RRGGBB"];
   (void)std::snprintf(text, sizeof text, "#%02X%02X%02X", (color >> 16) & 0xFF, (color >> 8) & 0xFF,
-                color & 0xFF);
+                      color & 0xFF);
   putText("backgroundColor", text);
 }
 

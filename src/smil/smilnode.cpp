@@ -4,9 +4,9 @@
 #include <new>
 #include <utility>
 
-#include "model/mmlist.h"
-#include "model/text.h"
 #include "platform/ascii.h"
+#include "platform/subscript.h"
+#include "platform/text.h"
 #include "smil/attribute_values.h"
 #include "smil/smil.h"
 

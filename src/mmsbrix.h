@@ -2,13 +2,20 @@
 #ifndef MMSBRIX_MMSBRIX_H
 #define MMSBRIX_MMSBRIX_H
 
+#include "convert/extraction.h"
+#include "convert/file_names.h"
 #include "convert/media_types.h"
+#include "convert/mmsconvert.h"
+#include "convert/references.h"
+#include "convert/slides.h"
 #include "export.h"
 #include "mms/charsets.h"
 #include "mms/dates.h"
 #include "mms/inspector.h"
 #include "mms/mmscodec.h"
 #include "model/mmsg.h"
+#include "smil/parse_error.h"
+#include "smil/smilcodec.h"
 #include "transport/mmshttp.h"
 #include "transport/trace_log.h"
 #include "version.h"

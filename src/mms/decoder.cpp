@@ -66,13 +66,13 @@ void readPart(const MultipartItem& item, CMMPart& part, ItemBudget& budget) {
   setContent(part, item.data);
 }
 
-void readMultipart(Octets body, CMMPart& root, ItemBudget& budget) {
+}  // namespace
+
+void decodeMultipart(Octets body, CMMPart& root, ItemBudget& budget) {
   MultipartWalker walker(body);
   MultipartItem item;
   while (walker.next(item) && budget.take()) readPart(item, *root.NewChild(), budget);
 }
-
-}  // namespace
 
 void decodeMessage(Octets pdu, CMMsg& message) {
   message.Clear();
@@ -85,7 +85,7 @@ void decodeMessage(Octets pdu, CMMsg& message) {
   if (contentType == nullptr) return;
   const Octets body = pdu.subspan(headerLength);
   if (isMultipart(contentType->Value())) {
-    readMultipart(body, root, budget);
+    decodeMultipart(body, root, budget);
   } else {
     setContent(root, body);
   }

@@ -2,6 +2,7 @@
 #ifndef MMSBRIX_MMS_DECODER_H
 #define MMSBRIX_MMS_DECODER_H
 
+#include "mms/item_budget.h"
 #include "model/mmsg.h"
 #include "wsp/octets.h"
 
@@ -10,6 +11,11 @@ namespace mmsbrix {
 /// Clears `message` and fills it from a PDU of any type.  Lengths in the data are clamped to what
 /// is there; time is linear in the size.
 void decodeMessage(Octets pdu, CMMsg& message);
+
+/// Appends the entries of a multipart body, as far as they are there and the budget allows, to a part's
+/// children.
+/// [WAP-230 8.5]
+void decodeMultipart(Octets body, CMMPart& root, ItemBudget& budget);
 
 }  // namespace mmsbrix
 

@@ -6,8 +6,8 @@
 
 #include "mms/decoder.h"
 #include "mms/encoder.h"
-#include "model/text.h"
 #include "platform/files.h"
+#include "platform/text.h"
 
 using mmsbrix::orEmpty;
 

@@ -1,7 +1,7 @@
 #include "model/mmhdr.h"
 
-#include "model/text.h"
 #include "platform/ascii.h"
+#include "platform/text.h"
 
 namespace mmsbrix {
 

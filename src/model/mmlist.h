@@ -8,11 +8,9 @@
 #include <vector>
 
 #include "../export.h"
+#include "../platform/subscript.h"
 
 namespace mmsbrix {
-
-/// Throws std::out_of_range with the text "invalid vector<T> subscript".
-[[noreturn]] MMSBRIX_API void throwInvalidSubscript();
 
 /// Elements held by value, with a cursor.  Pointers handed out point into the list's own storage
 /// and stay valid until the next Add, Remove, Clear, assignment or destruction.  Not locked; one

@@ -4,9 +4,9 @@
 #include <limits>
 #include <utility>
 
-#include "model/text.h"
 #include "platform/ascii.h"
 #include "platform/files.h"
+#include "platform/text.h"
 
 CMMPart::CMMPart() = default;
 

@@ -1,6 +1,6 @@
 #include "model/mmstring.h"
 
-#include "model/text.h"
+#include "platform/text.h"
 
 using mmsbrix::orEmpty;
 using mmsbrix::upToZero;

@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace mmsbrix::platform {
@@ -19,6 +20,7 @@ inline constexpr unsigned kErrorAccessDenied = 5;
 inline constexpr unsigned kErrorNotEnoughMemory = 8;
 inline constexpr unsigned kErrorWriteFault = 29;
 inline constexpr unsigned kErrorReadFault = 30;
+inline constexpr unsigned kErrorFileExists = 80;
 inline constexpr unsigned kErrorDiskFull = 112;
 inline constexpr unsigned kErrorInvalidName = 123;
 
@@ -52,6 +54,17 @@ class InputFile {
 /// file stay, a link is followed.  Returns 0 or the error number; POSIX systems have it in errno
 /// too.
 unsigned writeWholeFile(const char* path, std::span<const std::uint8_t> content);
+
+/// Writes `content` to a new file: what stands under the name `path` (UTF-8), be it a link that
+/// leads nowhere, is neither overwritten nor followed, and of several attempts at once only one
+/// succeeds. Returns 0, `kErrorFileExists`, or another error number, in which case nothing is left
+/// behind.
+unsigned writeNewFile(const char* path, std::span<const std::uint8_t> content);
+
+/// The system's folder for temporary files, with a separator at its end.
+std::string temporaryFolder();
+/// What a path of the platform may separate its parts with.
+[[nodiscard]] bool isPathSeparator(char c) noexcept;
 
 }  // namespace mmsbrix::platform
 

@@ -11,6 +11,10 @@ namespace mmsbrix::platform {
 /// and on a machine without a database.
 [[nodiscard]] std::string mediaTypeOfExtension(std::string_view extension);
 
+/// The first extension registered for a media type (letters in any case), with its point; ""
+/// likewise.
+[[nodiscard]] std::string extensionOfMediaType(std::string_view mediaType);
+
 }  // namespace mmsbrix::platform
 
 #endif  // MMSBRIX_PLATFORM_MEDIA_TYPES_H

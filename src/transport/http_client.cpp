@@ -8,9 +8,9 @@
 
 #include "mms/mmscodec.h"
 #include "model/mmsg.h"
-#include "model/text.h"
 #include "platform/ascii.h"
 #include "platform/files.h"
+#include "platform/text.h"
 #include "transport/result_texts.h"
 #include "transport/trace.h"
 #include "wsp/http_text.h"

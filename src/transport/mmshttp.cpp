@@ -3,7 +3,7 @@
 #include <string>
 #include <utility>
 
-#include "model/text.h"
+#include "platform/text.h"
 #include "transport/http_client.h"
 
 using mmsbrix::HttpClient;

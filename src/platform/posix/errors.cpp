@@ -25,6 +25,8 @@ unsigned win32Error(int error) noexcept {
       return kErrorAccessDenied;
     case ENOMEM:
       return kErrorNotEnoughMemory;
+    case EEXIST:
+      return kErrorFileExists;
     case ENOSPC:
     case EDQUOT:
     case EFBIG:

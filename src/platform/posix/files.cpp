@@ -206,4 +206,25 @@ unsigned writeWholeFile(const char* path, std::span<const std::uint8_t> content)
   return win32Error(failure);
 }
 
+unsigned writeNewFile(const char* path, std::span<const std::uint8_t> content) {
+  Descriptor file(openRetrying(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0666));
+  if (!file.valid()) return win32Error(errno);
+  int failure = writeFully(file.get(), content);
+  const int closing = file.close();
+  if (failure == 0) failure = closing;
+  if (failure != 0) ::unlink(path);
+  return win32Error(failure);
+}
+
+std::string temporaryFolder() {
+  const char* named = std::getenv("TMPDIR");
+  std::string folder = named == nullptr || *named == 0 ? "/tmp" : named;
+  if (!isPathSeparator(folder.back())) folder += '/';
+  return folder;
+}
+
+bool isPathSeparator(char c) noexcept {
+  return c == '/';
+}
+
 }  // namespace mmsbrix::platform

@@ -29,9 +29,14 @@ std::vector<std::string> dataFolders() {
   return folders;
 }
 
-}  // namespace
+struct Row {
+  std::string_view mediaType;
+  std::string_view glob;
+};
 
-std::string mediaTypeOfExtension(std::string_view extension) {
+// Walks the database until `take` returns true.
+template <class Take>
+void forEachRow(Take&& take) {
   for (const std::string& folder : dataFolders()) {
     std::ifstream globs(folder + "/mime/globs2");
     for (std::string line; std::getline(globs, line);) {
@@ -40,14 +45,42 @@ std::string mediaTypeOfExtension(std::string_view extension) {
       const std::size_t type = row.find(':');
       const std::size_t pattern = row.find(':', type + 1);
       if (type == std::string_view::npos || pattern == std::string_view::npos) continue;
-      const std::string_view glob =
-          row.substr(pattern + 1, row.find(':', pattern + 1) - pattern - 1);
-      if (glob.starts_with('*') && equalsIgnoringCase(glob.substr(1), extension)) {
-        return std::string(row.substr(type + 1, pattern - type - 1));
+      const std::size_t end = row.find(':', pattern + 1);
+      if (take(Row{row.substr(type + 1, pattern - type - 1),
+                   row.substr(pattern + 1, end - pattern - 1)})) {
+        return;
       }
     }
   }
-  return {};
+}
+
+}  // namespace
+
+std::string mediaTypeOfExtension(std::string_view extension) {
+  std::string found;
+  forEachRow([&](const Row& row) {
+    if (!row.glob.starts_with('*') || !equalsIgnoringCase(row.glob.substr(1), extension)) {
+      return false;
+    }
+    found = row.mediaType;
+    return true;
+  });
+  return found;
+}
+
+std::string extensionOfMediaType(std::string_view mediaType) {
+  std::string found;
+  forEachRow([&](const Row& row) {
+    // Of the patterns only "*.extension" names one.
+    if (!row.glob.starts_with("*.") ||
+        row.glob.find_first_of("*?[/\\", 1) != std::string_view::npos ||
+        !equalsIgnoringCase(row.mediaType, mediaType)) {
+      return false;
+    }
+    found = row.glob.substr(1);
+    return true;
+  });
+  return found;
 }
 
 }  // namespace mmsbrix::platform

@@ -1,4 +1,4 @@
-#include "model/mmlist.h"
+#include "platform/subscript.h"
 
 #include <stdexcept>
 

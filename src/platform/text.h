@@ -1,6 +1,6 @@
 // What the value classes share about texts handed in by callers.
-#ifndef MMSBRIX_MODEL_TEXT_H
-#define MMSBRIX_MODEL_TEXT_H
+#ifndef MMSBRIX_PLATFORM_TEXT_H
+#define MMSBRIX_PLATFORM_TEXT_H
 
 #include <string_view>
 
@@ -17,4 +17,4 @@ namespace mmsbrix {
 
 }  // namespace mmsbrix
 
-#endif  // MMSBRIX_MODEL_TEXT_H
+#endif  // MMSBRIX_PLATFORM_TEXT_H

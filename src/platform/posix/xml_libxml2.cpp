@@ -1,0 +1,320 @@
+// Over libxml2's event interface, so that no document tree of its own is built.
+#include "platform/xml.h"
+
+#include <libxml/SAX2.h>
+#include <libxml/parser.h>
+#include <libxml/parserInternals.h>
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <exception>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace mmsbrix::platform {
+namespace {
+
+const char* chars(const xmlChar* text) noexcept {
+  return reinterpret_cast<const char*>(text);
+}
+
+bool isBlank(std::string_view text) noexcept {
+  return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
+
+bool attributesAreBounded(std::string_view text) noexcept {
+  unsigned count = 0;
+  for (const char c : text) {
+    if (c == '<') {
+      count = 0;
+    } else if ((c == '=' || c == '|') && ++count > kMaxXmlAttributes) {
+      return false;
+    }
+  }
+  return true;
+}
+
+struct DefaultAttribute {
+  std::string element;
+  XmlAttribute attribute;
+};
+
+// What the callbacks of one run share.  The content of an entity is read by a nested parser with
+// the same callbacks, which cannot be stopped from here: after a stop every event is dropped
+// instead, and no entity is found.
+struct Run {
+  Run(xmlParserCtxtPtr theParser, XmlEvents& theEvents) : parser(theParser), events(theEvents) {}
+
+  xmlParserCtxtPtr parser;
+  XmlEvents& events;
+  std::optional<XmlError> error;
+  std::exception_ptr exception;
+  bool stopped = false;
+  unsigned depth = 0;
+  unsigned nodes = 0;
+  unsigned declarations = 0;
+  std::size_t entityOctets = 0;
+  bool textPending = false;  // text that is not only blanks, and not told yet
+  std::vector<DefaultAttribute> defaults;
+  std::vector<XmlAttribute> attributes;  // of the element being told
+
+  void stop() {
+    stopped = true;
+    xmlStopParser(parser);
+  }
+  void fail(const char* reason) {
+    if (!stopped) {
+      error = XmlError{xmlSAX2GetLineNumber(parser), xmlSAX2GetColumnNumber(parser), reason};
+    }
+    stop();
+  }
+  void count(std::size_t more) {
+    nodes += static_cast<unsigned>(more);
+    if (nodes > kMaxXmlNodes) fail("The document has too many elements");
+  }
+  void flushText() {
+    if (!std::exchange(textPending, false)) return;
+    count(1);
+    if (!stopped) events.other("#text");
+  }
+  void other(const char* name) {
+    flushText();
+    count(1);
+    if (!stopped) events.other(name);
+  }
+  void declared() {
+    if (++declarations > kMaxXmlDeclarations) fail("The document type has too many declarations");
+  }
+  xmlEntityPtr resolved(xmlEntityPtr entity) {
+    if (entity != nullptr && entity->length > 0) {
+      entityOctets += static_cast<std::size_t>(entity->length);
+      if (entityOctets > kMaxXmlEntityOctets) {
+        fail("The entities stand for too much text");
+        return nullptr;
+      }
+    }
+    return entity;
+  }
+};
+
+// Runs one callback; exceptions do not pass through the parser, which is C.
+template <class Step>
+void inRun(void* user, Step&& step) noexcept {
+  Run& run = *static_cast<Run*>(user);
+  if (run.stopped) return;
+  try {
+    step(run);
+  } catch (...) {
+    run.exception = std::current_exception();
+    run.stop();
+  }
+}
+
+void startElement(void* user, const xmlChar* name, const xmlChar** attributes) {
+  inRun(user, [&](Run& run) {
+    run.flushText();
+    if (++run.depth > kMaxXmlDepth) return run.fail("The elements are nested too deeply");
+    const std::string tag = chars(name);
+    run.attributes.clear();
+    for (; attributes != nullptr && attributes[0] != nullptr; attributes += 2) {
+      run.attributes.push_back(
+          {chars(attributes[0]), attributes[1] == nullptr ? "" : chars(attributes[1])});
+    }
+    for (const DefaultAttribute& row : run.defaults) {
+      const auto isNamesake = [&](const XmlAttribute& own) {
+        return own.name == row.attribute.name;
+      };
+      if (row.element == tag &&
+          std::none_of(run.attributes.begin(), run.attributes.end(), isNamesake)) {
+        run.attributes.push_back(row.attribute);
+      }
+    }
+    run.count(1 + run.attributes.size());
+    if (!run.stopped) run.events.startElement(tag, run.attributes);
+  });
+}
+
+void endElement(void* user, const xmlChar*) {
+  inRun(user, [](Run& run) {
+    run.flushText();
+    --run.depth;
+    if (!run.stopped) run.events.endElement();
+  });
+}
+
+void characters(void* user, const xmlChar* text, int length) {
+  inRun(user, [&](Run& run) {
+    if (!isBlank({chars(text), static_cast<std::size_t>(length)})) run.textPending = true;
+  });
+}
+
+void cdataBlock(void* user, const xmlChar*, int) {
+  inRun(user, [](Run& run) { run.other("#cdata-section"); });
+}
+
+void comment(void* user, const xmlChar*) {
+  inRun(user, [](Run& run) {
+    if (run.depth > 0) run.other("#comment");
+  });
+}
+
+void processingInstruction(void* user, const xmlChar*, const xmlChar*) {
+  inRun(user, [](Run& run) {
+    if (run.depth > 0) run.other("#processing-instruction");
+  });
+}
+
+void startDocument(void* user) {
+  inRun(user, [](Run& run) { xmlSAX2StartDocument(run.parser); });
+}
+
+void internalSubset(void* user, const xmlChar* name, const xmlChar* publicId,
+                    const xmlChar* systemId) {
+  inRun(user, [&](Run& run) { xmlSAX2InternalSubset(run.parser, name, publicId, systemId); });
+}
+
+void entityDecl(void* user, const xmlChar* name, int type, const xmlChar* publicId,
+                const xmlChar* systemId, xmlChar* content) {
+  inRun(user, [&](Run& run) {
+    run.declared();
+    if (content != nullptr && !attributesAreBounded(chars(content))) {
+      run.fail("An element has too many attributes");
+    }
+    if (run.stopped) return;
+    if (type == XML_EXTERNAL_PARAMETER_ENTITY) {
+      // It would be loaded where it is used, so it is declared as one that stands for nothing.
+      xmlChar nothing[] = "";
+      xmlSAX2EntityDecl(run.parser, name, XML_INTERNAL_PARAMETER_ENTITY, nullptr, nullptr, nothing);
+    } else {
+      xmlSAX2EntityDecl(run.parser, name, type, publicId, systemId, content);
+    }
+  });
+}
+
+void attributeDecl(void* user, const xmlChar* element, const xmlChar* name, int, int,
+                   const xmlChar* value, xmlEnumerationPtr values) {
+  xmlFreeEnumeration(values);
+  inRun(user, [&](Run& run) {
+    run.declared();
+    if (value != nullptr) run.defaults.push_back({chars(element), {chars(name), chars(value)}});
+  });
+}
+
+void elementDecl(void* user, const xmlChar*, int, xmlElementContentPtr) {
+  inRun(user, [](Run& run) { run.declared(); });
+}
+
+void notationDecl(void* user, const xmlChar*, const xmlChar*, const xmlChar*) {
+  inRun(user, [](Run& run) { run.declared(); });
+}
+
+void unparsedEntityDecl(void* user, const xmlChar* name, const xmlChar* publicId,
+                        const xmlChar* systemId, const xmlChar* notation) {
+  inRun(user, [&](Run& run) {
+    run.declared();
+    if (!run.stopped) {
+      xmlSAX2UnparsedEntityDecl(run.parser, name, publicId, systemId, notation);
+    }
+  });
+}
+
+xmlEntityPtr getEntity(void* user, const xmlChar* name) {
+  xmlEntityPtr entity = nullptr;
+  inRun(user, [&](Run& run) { entity = run.resolved(xmlSAX2GetEntity(run.parser, name)); });
+  return entity;
+}
+
+xmlEntityPtr getParameterEntity(void* user, const xmlChar* name) {
+  xmlEntityPtr entity = nullptr;
+  inRun(user,
+        [&](Run& run) { entity = run.resolved(xmlSAX2GetParameterEntity(run.parser, name)); });
+  return entity;
+}
+
+// The first error is the one to tell; that a document is broken, the parser itself knows.
+// NOLINTNEXTLINE(cert-dcl50-cpp): the parser's interface
+void onError(void* user, const char* format, ...) {
+  char text[512];
+  std::va_list arguments;
+  va_start(arguments, format);
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_start is the line above
+  const int length = std::vsnprintf(text, sizeof text, format, arguments);
+  va_end(arguments);
+  inRun(user, [&](Run& run) {
+    if (run.error) return;
+    std::string reason = length < 0 ? "" : text;
+    while (reason.ends_with('\n')) reason.pop_back();
+    run.error = XmlError{xmlSAX2GetLineNumber(run.parser), xmlSAX2GetColumnNumber(run.parser),
+                         std::move(reason)};
+  });
+}
+
+xmlSAXHandler handlers() noexcept {
+  xmlSAXHandler handler{};
+  // The older interface: names keep their prefixes, and namespace declarations stay among the
+  // attributes in their place.
+  handler.initialized = 1;
+  handler.startElement = startElement;
+  handler.endElement = endElement;
+  handler.characters = characters;
+  handler.ignorableWhitespace = characters;
+  handler.cdataBlock = cdataBlock;
+  handler.comment = comment;
+  handler.processingInstruction = processingInstruction;
+  handler.startDocument = startDocument;
+  handler.internalSubset = internalSubset;
+  handler.entityDecl = entityDecl;
+  handler.attributeDecl = attributeDecl;
+  handler.elementDecl = elementDecl;
+  handler.notationDecl = notationDecl;
+  handler.unparsedEntityDecl = unparsedEntityDecl;
+  handler.getEntity = getEntity;
+  handler.getParameterEntity = getParameterEntity;
+  handler.error = onError;
+  return handler;
+}
+
+struct ParserDeleter {
+  void operator()(xmlParserCtxtPtr parser) const noexcept {
+    xmlFreeDoc(parser->myDoc);
+    xmlFreeParserCtxt(parser);
+  }
+};
+
+XmlError positionOf(std::string_view text, std::size_t offset, const char* reason) {
+  const std::string_view before = text.substr(0, offset);
+  const auto lines = std::count(before.begin(), before.end(), '\n');
+  const std::size_t lineStart = before.rfind('\n') + 1;  // 0 without one
+  return {static_cast<int>(lines) + 1, static_cast<int>(offset - lineStart) + 1, reason};
+}
+
+}  // namespace
+
+std::optional<XmlError> readXml(std::string_view utf8, XmlEvents& events) {
+  if (utf8.size() > kMaxXmlOctets) return XmlError{0, 0, "The document is too large"};
+  // The parser guesses at encodings from zeros at the beginning, and ends at one elsewhere.
+  if (const std::size_t zero = utf8.find('\0'); zero != std::string_view::npos) {
+    return positionOf(utf8, zero, "A zero octet is no character");
+  }
+  if (!attributesAreBounded(utf8)) return XmlError{0, 0, "An element has too many attributes"};
+  if (utf8.empty()) return XmlError{0, 0, "The document is empty"};
+
+  xmlInitParser();
+  const std::unique_ptr<xmlParserCtxt, ParserDeleter> parser(
+      xmlCreateMemoryParserCtxt(utf8.data(), static_cast<int>(utf8.size())));
+  if (parser == nullptr) throw std::bad_alloc();
+  Run run(parser.get(), events);
+  *parser->sax = handlers();
+  parser->userData = &run;
+  xmlCtxtUseOptions(parser.get(), XML_PARSE_NONET | XML_PARSE_IGNORE_ENC);
+  // Not by the option of that purpose, which loads external entities too.
+  parser->replaceEntities = 1;
+  xmlParseDocument(parser.get());
+  if (run.exception) std::rethrow_exception(run.exception);
+  if (parser->wellFormed != 0 && !run.stopped) return std::nullopt;
+  return run.error.value_or(XmlError{0, 0, "The document is broken"});
+}
+
+}  // namespace mmsbrix::platform

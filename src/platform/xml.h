@@ -1,0 +1,62 @@
+// Seam: reading XML.  Nothing outside the text is ever loaded: no DTD, no external entity, no
+// network.
+#ifndef MMSBRIX_PLATFORM_XML_H
+#define MMSBRIX_PLATFORM_XML_H
+
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace mmsbrix::platform {
+
+/// Octets of a document, as UTF-8.
+inline constexpr std::size_t kMaxXmlOctets = std::size_t{8} << 20;
+/// Elements within each other, the outermost included.
+inline constexpr unsigned kMaxXmlDepth = 200;
+/// Elements, attributes, texts and comments of a document.
+inline constexpr unsigned kMaxXmlNodes = 100000;
+/// Characters "=" and "|" in a row of octets without a "<", and so the attributes of one element:
+/// parsers compare each with all others.
+inline constexpr unsigned kMaxXmlAttributes = 256;
+/// Declarations of a document type.
+inline constexpr unsigned kMaxXmlDeclarations = 1000;
+/// Octets that the references to entities stand for, all together.
+inline constexpr std::size_t kMaxXmlEntityOctets = std::size_t{1} << 20;
+
+struct XmlAttribute {
+  std::string name;   ///< as it stands, prefix included; namespace declarations are attributes too
+  std::string value;  ///< with references resolved
+};
+
+/// Receives a document in its order.  The end of the outermost element is told last.
+class XmlEvents {
+ public:
+  virtual void startElement(const std::string& name, std::span<const XmlAttribute> attributes) = 0;
+  virtual void endElement() = 0;
+  /// What is neither element nor attribute, by its name in the DOM: "#text" (not for blanks only),
+  /// "#cdata-section", "#comment"; a processing instruction is "#processing-instruction".
+  virtual void other(const char* name) = 0;
+
+ protected:
+  ~XmlEvents() = default;
+};
+
+/// Where and why reading stopped; line and position count from 1, both 0 for the document as a
+/// whole.
+struct XmlError {
+  int line = 0;
+  int position = 0;
+  std::string reason;
+};
+
+/// Reads a document, whose encoding is UTF-8 whatever it declares, without validating it.  Entities
+/// declared in it are resolved, those declared elsewhere left out.  Nothing for a well-formed
+/// document, else the first error; also for one beyond a limit above, in which case, as in every
+/// other, the events up to there have been told.
+[[nodiscard]] std::optional<XmlError> readXml(std::string_view utf8, XmlEvents& events);
+
+}  // namespace mmsbrix::platform
+
+#endif  // MMSBRIX_PLATFORM_XML_H

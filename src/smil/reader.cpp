@@ -1,0 +1,89 @@
+#include "smil/reader.h"
+
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/ascii.h"
+
+namespace mmsbrix {
+namespace {
+
+using Created = std::unique_ptr<CSMILNode>;
+
+template <class T>
+Created create(const char*) {
+  return std::make_unique<T>();
+}
+
+struct NodeRow {
+  std::string_view tag;
+  Created (*create)(const char* tag);
+};
+constexpr auto kNodes = std::to_array<NodeRow>({
+    {"head", create<CSMILHead>},
+    {"layout", create<CSMILLayout>},
+    {"root-layout", create<CSMILRootLayout>},
+    {"region", create<CSMILRegion>},
+    {"body", create<CSMILBody>},
+    {"par", create<CSMILPar>},
+});
+constexpr auto kMediaTags = std::to_array<std::string_view>(
+    {"ref", "animation", "audio", "img", "video", "text", "textstream"});
+
+// Typed nodes have the tag of their class; media and generic nodes keep the document's spelling.
+Created createNode(const char* tag) {
+  for (const NodeRow& row : kNodes) {
+    if (equalsIgnoringCase(row.tag, tag)) return row.create(tag);
+  }
+  for (const std::string_view media : kMediaTags) {
+    if (equalsIgnoringCase(media, tag)) return std::make_unique<CSMILMedia>(tag);
+  }
+  return std::make_unique<CSMILNode>(tag);
+}
+
+class Builder final : public platform::XmlEvents {
+ public:
+  explicit Builder(CSMIL& smil) noexcept : smil_(smil) {}
+
+  [[nodiscard]] bool isSmil() const noexcept { return isSmil_; }
+
+  void startElement(const std::string& name,
+                    std::span<const platform::XmlAttribute> attributes) override {
+    if (open_.empty()) {
+      isSmil_ = equalsIgnoringCase(name, "smil");
+      open_.push_back(&smil_);
+    } else {
+      open_.push_back(append(name.c_str()));
+    }
+    for (const platform::XmlAttribute& attribute : attributes) {
+      CSMILAttr copy(attribute.name.c_str(), attribute.value.c_str());
+      open_.back()->AddAttribute(&copy);
+    }
+  }
+  void endElement() override { open_.pop_back(); }
+  void other(const char* name) override { append(name); }
+
+ private:
+  CSMILNode* append(const char* tag) {
+    Created node = createNode(tag);
+    open_.back()->AddElement(node.get());
+    return node.release();
+  }
+
+  CSMIL& smil_;
+  bool isSmil_ = false;
+  std::vector<CSMILNode*> open_;
+};
+
+}  // namespace
+
+std::optional<platform::XmlError> readSmil(std::string_view utf8, CSMIL& smil, bool& isSmil) {
+  Builder builder(smil);
+  auto error = platform::readXml(utf8, builder);
+  isSmil = builder.isSmil();
+  return error;
+}
+
+}  // namespace mmsbrix

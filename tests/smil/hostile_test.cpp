@@ -120,6 +120,28 @@ TEST(HostileSmil, IsRefusedWithinBounds) {
   }
 }
 
+// The limits are this library's own, not whatever a parser brings along.
+TEST(HostileSmil, ReasonsOfTheLimits) {
+  const std::pair<std::string, const char*> kTexts[] = {
+      {repeated("<smil>", 201) + repeated("</smil>", 201), "The elements are nested too deeply"},
+      {"<!DOCTYPE smil [<!ENTITY e '" + std::string(900, 'x') + "'>]><smil a='" +
+           repeated("&e;", 1200) + "'/>",
+       "The entities stand for too much text"},
+      {"<!DOCTYPE smil [" + numbered("<!ENTITY e", " 'x'>", 1001) + "]><smil/>",
+       "The document type has too many declarations"},
+      {"<smil " + numbered(" a", "=''", 257) + "/>", "An element has too many attributes"},
+      {"<smil>" + repeated("<a b=''/>", 50000) + "</smil>", "The document has too many elements"},
+      {"<smil>" + std::string(8 << 20, ' ') + "</smil>", "The document is too large"},
+  };
+  ParseErrors errors;
+  for (const auto& [text, reason] : kTexts) {
+    CSMIL smil;
+    EXPECT_EQ(MMS_LoadSmilFromMemory(text.c_str(), &smil, 0), 0) << reason;
+    const std::string report = errors.take();
+    EXPECT_NE(report.find(reason), std::string::npos) << reason << "\n" << report;
+  }
+}
+
 TEST(HostileSmil, WhatIsLargeButWithinBoundsIsRead) {
   const std::pair<const char*, std::string> kTexts[] = {
       {"deep", repeated("<smil>", 200) + repeated("</smil>", 200)},

@@ -1,6 +1,7 @@
 #include "command.h"
 
 #include <mmsbrix/mms/charsets.h>
+#include <mmsbrix/mms/mmscodec.h>
 #include <mmsbrix/model/mmpart.h>
 #include <stdlib.h>
 #include <unistd.h>
@@ -8,11 +9,13 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <istream>
 #include <iterator>
+#include <ostream>
 
 namespace mmsbrix::tool {
 
@@ -32,6 +35,59 @@ std::optional<std::string> readAll(const std::string& path, std::istream& in, st
   }
   return std::string(reinterpret_cast<const char*>(file.GetContent()),
                      static_cast<std::size_t>(file.GetContentLen()));
+}
+
+bool loadMessage(const std::string& path, const char* verb, const Streams& streams,
+                 CMMsg& message) {
+  std::string error;
+  const auto pdu = readAll(path, streams.in, error);
+  if (!pdu) {
+    streams.err << "mmsbrix " << verb << ": " << printable(error) << '\n';
+    return false;
+  }
+  MMS_LoadFromMemory(pdu->data(), static_cast<unsigned int>(pdu->size()), &message, 0);
+  if (message.GetMsgType() != 0) return true;
+  streams.err << "mmsbrix " << verb << ": " << printable(path)
+              << ": offset 0: this is no MMS PDU\n";
+  return false;
+}
+
+int writeOutput(const std::string& path, std::string_view content, const char* verb,
+                const Streams& streams) {
+  errno = 0;
+  bool written = false;
+  if (path == "-") {
+    streams.out.write(content.data(), static_cast<std::streamsize>(content.size()));
+    written = static_cast<bool>(streams.out.flush());
+  } else {
+    CMMPart file;
+    file.SetContent(content.data(), static_cast<int>(content.size()));
+    written = file.Save(path.c_str());
+  }
+  if (written) return kDone;
+  streams.err << "mmsbrix " << verb << ": " << printable(path) << ": cannot be written"
+              << (errno == 0 ? "" : std::string(": ") + std::strerror(errno)) << '\n';
+  return kFailed;
+}
+
+std::string writeNewFile(const std::string& folder, const std::string& stem,
+                         const std::string& extension, std::string_view content) {
+  constexpr int kMostTries = 10000;
+  for (int number = 1; number <= kMostTries; ++number) {
+    const std::string path =
+        folder + "/" + stem + (number == 1 ? "" : " #" + std::to_string(number)) + extension;
+    // "x": a file or link of that name is never opened.
+    std::FILE* file = std::fopen(path.c_str(), "wbx");
+    if (file == nullptr) {
+      if (errno == EEXIST) continue;
+      return "";
+    }
+    const bool written = std::fwrite(content.data(), 1, content.size(), file) == content.size();
+    if (std::fclose(file) == 0 && written) return path;
+    std::remove(path.c_str());
+    return "";
+  }
+  return "";
 }
 
 bool parseEndpoint(std::string_view text, std::optional<std::uint16_t> defaultPort,

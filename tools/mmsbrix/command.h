@@ -2,6 +2,8 @@
 #ifndef MMSBRIX_TOOLS_COMMAND_H
 #define MMSBRIX_TOOLS_COMMAND_H
 
+#include <mmsbrix/model/mmsg.h>
+
 #include <cstdint>
 #include <iosfwd>
 #include <optional>
@@ -25,6 +27,19 @@ struct Streams {
 /// A file's octets, or those of `in` for "-".  Nothing on failure, and `error` names the file and
 /// says why.
 std::optional<std::string> readAll(const std::string& path, std::istream& in, std::string& error);
+
+/// Loads a message from a file or `in`; false, having said why on behalf of `verb`, when it cannot.
+bool loadMessage(const std::string& path, const char* verb, const Streams& streams, CMMsg& message);
+
+/// Writes a result to a file, or to `out` for "-"; an existing file stays when that fails, which is
+/// said on behalf of `verb`.  An exit status.
+int writeOutput(const std::string& path, std::string_view content, const char* verb,
+                const Streams& streams);
+
+/// Writes a file that did not exist, "stem.ext", "stem #2.ext" and so on in `folder`; its path, ""
+/// when it cannot be written.
+std::string writeNewFile(const std::string& folder, const std::string& stem,
+                         const std::string& extension, std::string_view content);
 
 /// "host:port", an IPv6 host in brackets; `defaultPort` where none is given.  False when it is
 /// neither.

@@ -1,6 +1,8 @@
 #include "compose.h"
 
 #include <mmsbrix/convert/media_types.h>
+#include <mmsbrix/convert/mmsconvert.h>
+#include <mmsbrix/convert/slides.h>
 #include <mmsbrix/mms/charsets.h>
 #include <mmsbrix/mms/mmscodec.h>
 
@@ -17,9 +19,11 @@
 #include <ostream>
 #include <set>
 
+#include "clock.h"
 #include "message_check.h"
 #include "message_json.h"
 #include "recipient.h"
+#include "smil_command.h"
 #include "when.h"
 
 namespace mmsbrix::tool {
@@ -53,8 +57,12 @@ class Composer {
     addRecipients(command_.cc, *message_.GetCc());
     addRecipients(command_.bcc, *message_.GetBcc());
     setFields();
-    planParts();
-    putTogether();
+    if (!command_.slides.empty() || !command_.smilFile.empty()) {
+      presentation();
+    } else {
+      planParts();
+      putTogether();
+    }
   }
 
  private:
@@ -126,6 +134,92 @@ class Composer {
       message_.SetDeliveryReport(command_.deliveryReport == "yes");
     if (!command_.readReply.empty()) message_.SetReadReply(command_.readReply == "yes");
     if (!command_.visibility.empty()) message_.SetSenderVisibility(command_.visibility == "show");
+  }
+
+  // The body from slides or from a SMIL file, media included.
+  void presentation() {
+    CSMIL smil;
+    if (!command_.smilFile.empty()) {
+      std::string error;
+      std::ifstream none;
+      if (!loadSmil(command_.smilFile, none, smil, error)) return problem(error);
+      const std::size_t slash = command_.smilFile.rfind('/');
+      if (slash != std::string::npos) {
+        resolveSources(smil, command_.smilFile.substr(0, slash + 1));
+      }
+    } else {
+      std::vector<Slide> slides;
+      for (const std::string& text : command_.slides) slides.push_back(slide(text));
+      buildSlides(slides, smil);
+    }
+    if (!mediaAreReadable(smil)) return;
+    if (MMS_SmilToMMS(&smil, &message_, 0) != 1) {
+      problem("the presentation cannot be made a message: a medium cannot be read");
+    }
+  }
+
+  // "text=...,image=...,audio=...,dur=5s", in any order; a comma inside a text is kept unless one
+  // of the names and "=" follow it.
+  Slide slide(const std::string& spelled) {
+    Slide result;
+    std::size_t begin = 0;
+    while (begin < spelled.size()) {
+      const std::size_t equals = spelled.find('=', begin);
+      const std::string name = spelled.substr(begin, equals - begin);
+      std::size_t end = spelled.size();
+      for (const char* next : {",text=", ",image=", ",audio=", ",dur="}) {
+        end = std::min(end, spelled.find(next, begin));
+      }
+      const std::string value =
+          equals == std::string::npos ? "" : spelled.substr(equals + 1, end - equals - 1);
+      if (name == "text") {
+        result.text = value;
+      } else if (name == "image") {
+        result.image = value;
+      } else if (name == "audio") {
+        result.audio = value;
+      } else if (const auto time = name == "dur" ? parseClock(value) : std::nullopt) {
+        result.duration = std::chrono::milliseconds(*time);
+      } else {
+        problem("--slide: '" + spelled.substr(begin, end - begin) +
+                "' is none of text=, image=, audio=, dur=5s");
+      }
+      begin = end + 1;
+    }
+    return result;
+  }
+
+  static bool isRelativeFile(const std::string& source) {
+    return !source.empty() && source.front() != '/' && source.find(':') == std::string::npos;
+  }
+
+  // Sources of a SMIL file are meant from where the file is.
+  static void resolveSources(CSMILNode& node, const std::string& folder) {
+    for (unsigned i = 0; i < node.ElementCount(); ++i) {
+      if (auto* media = dynamic_cast<CSMILMedia*>(node.Element(i))) {
+        const std::string source = media->GetSrc() == nullptr ? "" : media->GetSrc();
+        if (isRelativeFile(source)) media->PutSrc((folder + source).c_str());
+      }
+      resolveSources(*node.Element(i), folder);
+    }
+  }
+
+  bool mediaAreReadable(CSMILNode& node) {
+    bool readable = true;
+    for (unsigned i = 0; i < node.ElementCount(); ++i) {
+      auto* media = dynamic_cast<CSMILMedia*>(node.Element(i));
+      const char* source =
+          media == nullptr || media->GetContent() != nullptr ? nullptr : media->GetSrc();
+      const std::string path = source == nullptr ? "" : source;
+      std::string error;
+      std::ifstream none;
+      if ((isRelativeFile(path) || path.starts_with('/')) && !readAll(path, none, error)) {
+        problem(error);
+        readable = false;
+      }
+      readable = mediaAreReadable(*node.Element(i)) && readable;
+    }
+    return readable;
   }
 
   void planParts() {
@@ -322,6 +416,8 @@ CLI::App* addCompose(CLI::App& app, ComposeCommand& command) {
       "  mmsbrix compose --to +358401234567 --subject Hi --text 'Look!' --attach photo.jpg -o "
       "hi.mms\n"
       "  mmsbrix compose --to ann@example.com --text Later --delivery-time 36h -o later.mms\n"
+      "  mmsbrix compose --to +1 --slide text=Hello,image=a.jpg,dur=3s --slide 'text=Bye' -o "
+      "show.mms\n"
       "  mmsbrix show --json hi.mms | mmsbrix compose --json - -o same.mms");
   const auto list = [&](const char* name, std::vector<std::string>& values, const char* what,
                         const char* type) {
@@ -349,6 +445,11 @@ CLI::App* addCompose(CLI::App& app, ComposeCommand& command) {
       list("--text", command.texts, "Text part, UTF-8", "TEXT"),
       list("--attach", command.attachments, "Part from a file; the type from its name unless given",
            "FILE[;type=..][;name=..][;id=..][;charset=..]"),
+      list("--slide", command.slides,
+           "Slide of a presentation, repeatable; instead of --text and --attach",
+           "text=..,image=..,audio=..,dur=5s"),
+      compose->add_option("--smil", command.smilFile, "Presentation, sent with the media it names")
+          ->type_name("FILE"),
       compose->add_option("--charset", command.charset, "Charset that subject and texts go out in")
           ->type_name("NAME")
           ->capture_default_str(),
@@ -393,6 +494,13 @@ CLI::App* addCompose(CLI::App& app, ComposeCommand& command) {
                        "with a presentation, else mixed")
           ->transform(CLI::CheckedTransformer(kContainers, CLI::ignore_case)));
   for (CLI::Option* field : fields) field->excludes(json);
+  // The body comes from one source.
+  for (const char* presentation : {"--slide", "--smil"}) {
+    for (const char* other : {"--text", "--attach", "--body", "--start"}) {
+      compose->get_option(presentation)->excludes(compose->get_option(other));
+    }
+  }
+  compose->get_option("--slide")->excludes(compose->get_option("--smil"));
   compose->callback([compose, &command] { command.hasSubject = compose->count("--subject") > 0; });
   return compose;
 }

@@ -29,6 +29,8 @@ struct ComposeCommand {
   bool hasSubject = false;
   std::vector<std::string> texts;
   std::vector<std::string> attachments;  ///< FILE[;type=...][;name=...][;id=...][;charset=...]
+  std::vector<std::string> slides;       ///< text=...,image=...,audio=...,dur=...
+  std::string smilFile;                  ///< presentation whose media go with it
   std::string charset = "utf-8";
   std::string date;
   std::string expiry;

@@ -11,6 +11,8 @@
 #include <string_view>
 
 #include "compose.h"
+#include "extract.h"
+#include "preview.h"
 #include "relay_server.h"
 #include "sample_media.h"
 #include "send.h"
@@ -68,14 +70,14 @@ ComposeCommand composeCommand(const DemoFolder& folder) {
   command.output = folder.file("message.mms");
   command.to = {"+358 40 987 6543", "ann@example.com"};
   command.from = "+358401234567";
-  command.subject = "A photo and a chime \xF0\x9F\x8E\xB5";
+  command.subject = "A photo and a chime \xE2\x99\xAA";
   command.hasSubject = true;
   command.expiry = "2d";
   command.priority = "normal";
   command.deliveryReport = "yes";
-  for (const SampleMedia& media : sampleMedia()) {
-    command.attachments.push_back(folder.file(media.name));
-  }
+  command.slides = {
+      "text=Hei from Mmsbrix \xF0\x9F\x98\x80,image=" + folder.file("photo.jpg") + ",dur=4s",
+      "text=And a chime.,audio=" + folder.file("chime.amr") + ",dur=2s"};
   return command;
 }
 
@@ -94,7 +96,7 @@ int runDemo(const DemoCommand& command, const Streams& streams) {
     streams.err << "mmsbrix demo: the files cannot be written\n";
     return kFailed;
   }
-  heading(streams, "compose a message from a text, a picture and a sound");
+  heading(streams, "compose two slides from texts, a picture and a sound");
   const ComposeCommand compose = composeCommand(folder);
   if (const int failed = runCompose(compose, streams); failed != kDone) return failed;
   if (runShow({{compose.output}, false, false}, streams) != kDone) return kFailed;
@@ -130,6 +132,15 @@ int runDemo(const DemoCommand& command, const Streams& streams) {
     return kFailed;
   }
   streams.out << "stored: the same " << octetCount(stored->size()) << " that were composed\n";
+
+  heading(streams, "read it back: extracted, and as a page for a browser");
+  ExtractCommand extract;
+  extract.file = exchange.file;
+  extract.folder = folder.file("extracted");
+  if (runExtract(extract, streams) != kDone) return kFailed;
+  const PreviewCommand preview{exchange.file, folder.file("page.html")};
+  if (runPreview(preview, streams) != kDone) return kFailed;
+  streams.out << preview.output << "  the page\n";
   if (!command.keep.empty()) streams.out << "files kept in " << command.keep << '\n';
   return kDone;
 }

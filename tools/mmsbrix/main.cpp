@@ -11,9 +11,12 @@
 
 #include "compose.h"
 #include "demo.h"
+#include "extract.h"
+#include "preview.h"
 #include "relay.h"
 #include "send.h"
 #include "show.h"
+#include "smil_command.h"
 #include "wsp_headers.h"
 
 namespace {
@@ -32,8 +35,14 @@ int run(int argc, char** argv) {
   RelayCommand relay;
   DemoCommand demo;
   WspCommand wsp;
+  ExtractCommand extract;
+  SmilCommand smil;
+  PreviewCommand preview;
   CLI::App* composeApp = addCompose(app, compose);
   CLI::App* showApp = addShow(app, show);
+  CLI::App* extractApp = addExtract(app, extract);
+  CLI::App* previewApp = addPreview(app, preview);
+  CLI::App* smilApp = addSmil(app, smil);
   CLI::App* sendApp = addSend(app, send);
   CLI::App* relayApp = addRelay(app, relay);
   CLI::App* demoApp = addDemo(app, demo);
@@ -52,6 +61,9 @@ int run(int argc, char** argv) {
     result = runSend(send, streams);
   }
   if (relayApp->parsed()) result = runRelay(relay, std::cout, std::cerr);
+  if (extractApp->parsed()) result = runExtract(extract, streams);
+  if (previewApp->parsed()) result = runPreview(preview, streams);
+  if (smilApp->parsed()) result = runSmil(smil, streams);
   if (wspApp->parsed()) result = runWsp(wsp, streams);
   if (demoApp->parsed()) result = runDemo(demo, streams);
   std::cout.flush();

@@ -120,7 +120,10 @@ class BodyBuilder {
       entry.part.SetContent(media.GetContent(), media.GetContentLen());
     } else if (!load(entry.part, source)) {
       // What lies on a server is shown from there.
-      return hasScheme(source) && !isCidUrl(source) && pathOfFileUrl(source).empty();
+      // A colon alone makes no URL of a file's name.
+      const bool url = hasScheme(source) && (source.find("://") != std::string_view::npos ||
+                                             startsWithIgnoringCase(source, "data:"));
+      return url && pathOfFileUrl(source).empty();
     }
     describe(entry, media, source);
     bySource_.emplace(source, entries_.size());

@@ -17,12 +17,12 @@ inline constexpr std::size_t kMaxXmlOctets = std::size_t{8} << 20;
 inline constexpr unsigned kMaxXmlDepth = 200;
 /// Elements, attributes, texts and comments of a document.
 inline constexpr unsigned kMaxXmlNodes = 100000;
-/// Characters "=" and "|" in a row of octets without a "<", and so the attributes of one element:
-/// parsers compare each with all others.
+/// Attributes of one element, and alternatives of one declaration: parsers compare each with all
+/// others.  In a document with a document type every "=" and "|" between two "<" counts as one.
 inline constexpr unsigned kMaxXmlAttributes = 256;
 /// Declarations of a document type.
 inline constexpr unsigned kMaxXmlDeclarations = 1000;
-/// Octets that the references to entities stand for, all together.
+/// Octets that references to entities stand for, all together, and that default attributes add.
 inline constexpr std::size_t kMaxXmlEntityOctets = std::size_t{1} << 20;
 
 struct XmlAttribute {

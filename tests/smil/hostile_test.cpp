@@ -120,6 +120,16 @@ TEST(HostileSmil, IsRefusedWithinBounds) {
   }
 }
 
+TEST(HostileSmil, WhatIsNoAttributeDoesNotCountAsOne) {
+  const std::string marks(3000, '=');
+  for (const std::string& text :
+       {"<smil><!--" + marks + "--></smil>", "<smil a=\"" + marks + "|>'\"/>",
+        "<smil>" + marks + "<![CDATA[<a " + marks + "]]></smil>"}) {
+    CSMIL smil;
+    EXPECT_EQ(MMS_LoadSmilFromMemory(text.c_str(), &smil, 0), 1) << text.substr(0, 20);
+  }
+}
+
 // The limits are this library's own, not whatever a parser brings along.
 TEST(HostileSmil, ReasonsOfTheLimits) {
   const std::pair<std::string, const char*> kTexts[] = {
@@ -130,6 +140,9 @@ TEST(HostileSmil, ReasonsOfTheLimits) {
       {"<!DOCTYPE smil [" + numbered("<!ENTITY e", " 'x'>", 1001) + "]><smil/>",
        "The document type has too many declarations"},
       {"<smil " + numbered(" a", "=''", 257) + "/>", "An element has too many attributes"},
+      {"<!DOCTYPE smil [<!ATTLIST a b CDATA '" + std::string(7900, 'x') + "'>]><smil>" +
+           repeated("<a/>", 200) + "</smil>",
+       "The default attributes are too much text"},
       {"<smil>" + repeated("<a b=''/>", 50000) + "</smil>", "The document has too many elements"},
       {"<smil>" + std::string(8 << 20, ' ') + "</smil>", "The document is too large"},
   };

@@ -83,6 +83,35 @@ TEST(Presentation, SlidesComposedAndExtractedAreTheSameMedia) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path("all")), {}), 5);
 }
 
+TEST(Presentation, ReferencesByLocationAndInSequencesAreExtractedToo) {
+  const TemporaryFolder folder;
+  folder.put("s.smil",
+             "<smil><body><seq><par><img src=\"photo.jpg\"/><img src=\"gone.jpg\"/></par></seq>"
+             "<img src=\"photo.jpg\"/></body></smil>");
+  tool::ComposeCommand command;
+  command.to = {"+1"};
+  command.attachments = {folder.path("s.smil") + ";type=application/smil", kMedia + "/photo.jpg"};
+  command.output = folder.path("m.mms");
+  Caught caught;
+  ASSERT_EQ(runCompose(command, caught.streams()), 0) << caught.err.str();
+  EXPECT_EQ(runExtract({.file = command.output, .folder = folder.path("out")}, caught.streams()),
+            0);
+  EXPECT_NE(caught.err.str().find("refers to gone.jpg, which the message does not have"),
+            std::string::npos);
+  EXPECT_FALSE(folder.get("out/MMSContent.jpg").empty());
+  const std::string smil = folder.get("out/presentation.smil");
+  EXPECT_NE(smil.find("<img src=\"MMSContent.jpg\"/>"), std::string::npos) << smil;  // beside it
+  EXPECT_EQ(smil.find("photo.jpg"), std::string::npos) << smil;
+  // So what was extracted can be composed again.
+  std::filesystem::remove(folder.path("m.mms"));
+  tool::ComposeCommand again;
+  again.to = {"+1"};
+  again.smilFile =
+      folder.put("out/p2.smil", "<smil><body><img src=\"MMSContent.jpg\"/></body></smil>");
+  again.output = folder.path("again.mms");
+  EXPECT_EQ(runCompose(again, caught.streams()), 0) << caught.err.str();
+}
+
 TEST(Presentation, ASmilFileBringsItsMediaFromItsOwnFolder) {
   const TemporaryFolder folder;
   std::filesystem::create_directory(folder.path("show"));
@@ -111,7 +140,9 @@ TEST(Presentation, WhatCannotBeComposedIsRefused) {
       folder.put("lacking.smil", "<smil><body><img src=\"none.jpg\"/></body></smil>");
   tool::ComposeCommand base;
   base.to = {"+1"};
-  std::vector<RefusalCase> cases(4, {base, ""});
+  std::vector<RefusalCase> cases(5, {base, ""});
+  cases[4].command.slides = {"image=foo:missing.jpg"};  // a colon makes no URL
+  cases[4].reason = "foo:missing.jpg: No such file";
   cases[0].command.slides = {"text=a,image=none.jpg"};
   cases[0].reason = "none.jpg: No such file";
   cases[1].command.slides = {"txt=a"};

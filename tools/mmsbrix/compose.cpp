@@ -142,6 +142,8 @@ class Composer {
     if (!command_.smilFile.empty()) {
       std::string error;
       std::ifstream none;
+      if (command_.smilFile == "-")
+        return problem("--smil takes a file, since its media are beside it");
       if (!loadSmil(command_.smilFile, none, smil, error)) return problem(error);
       const std::size_t slash = command_.smilFile.rfind('/');
       if (slash != std::string::npos) {
@@ -190,7 +192,8 @@ class Composer {
   }
 
   static bool isRelativeFile(const std::string& source) {
-    return !source.empty() && source.front() != '/' && source.find(':') == std::string::npos;
+    return !source.empty() && source.front() != '/' && source.find("://") == std::string::npos &&
+           !source.starts_with("cid:") && !source.starts_with("data:");
   }
 
   // Sources of a SMIL file are meant from where the file is.

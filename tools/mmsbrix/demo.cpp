@@ -140,7 +140,12 @@ int runDemo(const DemoCommand& command, const Streams& streams) {
   if (runExtract(extract, streams) != kDone) return kFailed;
   const PreviewCommand preview{exchange.file, folder.file("page.html")};
   if (runPreview(preview, streams) != kDone) return kFailed;
-  streams.out << preview.output << "  the page\n";
+  if (!command.keep.empty()) {
+    streams.out << preview.output << "  the page\n";
+  } else {
+    streams.out << "and a page of " << fs::file_size(preview.output, ignored)
+                << " octets (--keep DIR keeps all of this)\n";
+  }
   if (!command.keep.empty()) streams.out << "files kept in " << command.keep << '\n';
   return kDone;
 }

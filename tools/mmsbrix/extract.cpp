@@ -1,6 +1,7 @@
 #include "extract.h"
 
 #include <mmsbrix/convert/extraction.h>
+#include <mmsbrix/convert/media_types.h>
 #include <mmsbrix/convert/mmsconvert.h>
 #include <mmsbrix/convert/references.h>
 #include <mmsbrix/mms/mmscodec.h>
@@ -9,8 +10,11 @@
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <ostream>
+#include <string>
+#include <vector>
 
 namespace mmsbrix::tool {
 namespace {
@@ -32,22 +36,79 @@ void eachMedium(CSMILNode& node, const Visit& visit) {
   }
 }
 
-// What the presentation leaves aside: parts that no slide shows, references to nothing.
-void remarkOnReferences(CMMsg& message, const Streams& streams) {
-  CMMPart* part = findPresentation(message);
-  CSMIL smil;
-  if (part == nullptr || MMS_LoadSmilFromMemory(textContent(*part).c_str(), &smil, 0) != 1) return;
-  const References references = resolveReferences(smil, message);
-  for (const MediaReference& reference : references.media) {
-    if (reference.part != nullptr) continue;
-    streams.err << "mmsbrix extract: a slide refers to " << printable(reference.media->GetSrc())
-                << ", which the message does not have\n";
-  }
-  if (!references.unmentioned.empty()) {
-    streams.err << "mmsbrix extract: " << references.unmentioned.size()
-                << " part(s) are in no slide; --all saves them\n";
-  }
+using MediaList = std::vector<CSMILMedia*>;
+
+MediaList mediaOf(CSMIL& smil) {
+  MediaList list;
+  eachMedium(smil, [&](CSMILMedia& media) { list.push_back(&media); });
+  return list;
 }
+
+std::string sourceOf(CSMILMedia& media) {
+  return media.GetSrc() == nullptr ? "" : media.GetSrc();
+}
+
+// Extraction as it is laid down finds parts by Content-ID only.  What is left over is resolved in
+// all the ways of the field and saved here; what stays unresolved is said.
+class Leftovers {
+ public:
+  Leftovers(CMMsg& message, const std::string& folder, const Streams& streams)
+      : message_(message), folder_(folder), streams_(streams) {}
+
+  // `smil` is the presentation after extraction.  False when something could not be saved.
+  bool save(CSMIL& smil) {
+    CMMPart* presentation = findPresentation(message_);
+    CSMIL original;
+    if (presentation == nullptr ||
+        MMS_LoadSmilFromMemory(textContent(*presentation).c_str(), &original, 0) != 1) {
+      return true;
+    }
+    const References references = resolveReferences(original, message_);
+    std::map<const CSMILMedia*, CMMPart*> parts;
+    for (const MediaReference& reference : references.media) {
+      parts.emplace(reference.media, reference.part);
+    }
+    const MediaList before = mediaOf(original);
+    const MediaList after = mediaOf(smil);
+    bool good = before.size() == after.size();
+    for (std::size_t i = 0; good && i < after.size(); ++i) {
+      const auto part = parts.find(before[i]);
+      if (part == parts.end() || sourceOf(*before[i]) != sourceOf(*after[i])) continue;
+      if (part->second == nullptr) {
+        streams_.err << "mmsbrix extract: a slide refers to " << printable(sourceOf(*before[i]))
+                     << ", which the message does not have\n";
+      } else if (!point(*after[i], *part->second)) {
+        good = false;
+      }
+    }
+    if (!references.unmentioned.empty()) {
+      streams_.err << "mmsbrix extract: " << references.unmentioned.size()
+                   << " part(s) are in no slide; --all saves them\n";
+    }
+    return good;
+  }
+
+ private:
+  bool point(CSMILMedia& media, CMMPart& part) {
+    std::string& path = saved_[&part];
+    if (path.empty()) {
+      const CMMHdr* type = part.Headers()->Find("Content-Type");
+      const std::string extension = type == nullptr ? "" : extensionOfMediaType(type->GetValue());
+      path = writeNewFile(folder_, "MMSContent", extension, decodedContent(part));
+    }
+    if (path.empty()) {
+      streams_.err << "mmsbrix extract: " << printable(sourceOf(media)) << " cannot be saved\n";
+      return false;
+    }
+    media.PutSrc(path.c_str());
+    return true;
+  }
+
+  CMMsg& message_;
+  std::string folder_;
+  const Streams& streams_;
+  std::map<const CMMPart*, std::string> saved_;
+};
 
 // False when there is no presentation that can be extracted.
 bool extractPresentation(CMMsg& message, const std::string& folder, const Streams& streams,
@@ -55,20 +116,28 @@ bool extractPresentation(CMMsg& message, const std::string& folder, const Stream
   CSMIL smil;
   CMMsg copy(message);  // extraction may change the copy's text parts
   if (MMS_MMSToSmil(&copy, &smil, (folder + "/").c_str(), 0) != 1) return false;
+  const bool complete = Leftovers(message, folder, streams).save(smil);
+  // The presentation lies beside its media, so it names them by their names.
+  const std::string prefix = folder + "/";
+  const MediaList media = mediaOf(smil);
+  for (CSMILMedia* medium : media) {
+    const std::string source = sourceOf(*medium);
+    if (source.starts_with(prefix)) medium->PutSrc(source.substr(prefix.size()).c_str());
+  }
   const std::string path = writeNewFile(folder, "presentation", ".smil", smilText(smil));
-  result = path.empty() ? kFailed : kDone;
+  result = path.empty() || !complete ? kFailed : kDone;
   if (path.empty()) {
     streams.err << "mmsbrix extract: " << printable(folder)
                 << ": the presentation cannot be written\n";
     return true;
   }
   streams.out << printable(path) << "  application/smil\n";
-  eachMedium(smil, [&](CSMILMedia& media) {
-    if (media.GetSrc() != nullptr) {
-      streams.out << printable(media.GetSrc()) << "  " << printable(media.GetTag()) << '\n';
+  for (CSMILMedia* medium : media) {
+    if (medium->GetSrc() != nullptr) {
+      streams.out << printable(prefix + sourceOf(*medium)) << "  " << printable(medium->GetTag())
+                  << '\n';
     }
-  });
-  remarkOnReferences(message, streams);
+  }
   return true;
 }
 

@@ -11,6 +11,7 @@
 #include <CLI/Formatter.hpp>
 #include <algorithm>
 #include <cstdio>
+#include <map>
 #include <ostream>
 
 #include "clock.h"
@@ -21,7 +22,9 @@ namespace {
 constexpr int kMaxPixels = 4096;
 constexpr int kMaxDepth = 64;  // of containers in containers that are looked into
 constexpr std::size_t kMaxSlides = 500;
-constexpr std::size_t kMaxItems = 2000;  // on all slides together
+constexpr std::size_t kMaxItems = 2000;                    // on all slides together
+constexpr std::size_t kMaxOctets = std::size_t{64} << 20;  // of media on all slides together
+constexpr std::size_t kMaxNotes = 50;
 
 const char* attribute(CSMILNode& node, const char* name) {
   const CSMILAttr* found = node.FindAttribute(name);
@@ -84,11 +87,15 @@ class PageBuilder {
     if (presentation != nullptr &&
         MMS_LoadSmilFromMemory(textContent(*presentation).c_str(), &smil, 0) == 1) {
       references_ = resolveReferences(smil, message_);
+      for (const MediaReference& reference : references_.media) {
+        if (reference.part != nullptr) parts_.emplace(reference.media, reference.part);
+      }
       layout(smil);
       if (CSMILBody* body = smil.GetBody()) container(*body, 0);
       closeSlide();
+      if (leftOut_) page_.notes.emplace_back("There is more than this page shows.");
       for (const MediaReference& reference : references_.media) {
-        if (reference.part == nullptr) {
+        if (reference.part == nullptr && page_.notes.size() < kMaxNotes) {
           page_.notes.push_back(std::string("A slide refers to ") + reference.media->GetSrc() +
                                 ", which the message does not have.");
         }
@@ -160,10 +167,14 @@ class PageBuilder {
   }
 
   void medium(CSMILMedia& media) {
-    const auto found = std::ranges::find(references_.media, &media, &MediaReference::media);
-    if (found == references_.media.end() || found->part == nullptr || items_ >= kMaxItems) return;
-    ++items_;
-    PreviewItem item = itemOf(*found->part);
+    const auto found = parts_.find(&media);
+    if (found == parts_.end()) return;
+    octets_ += static_cast<std::size_t>(found->second->GetContentLen());
+    if (++items_ > kMaxItems || octets_ > kMaxOctets) {
+      leftOut_ = true;
+      return;
+    }
+    PreviewItem item = itemOf(*found->second);
     const char* region = media.GetRegion();
     CSMILRegion* place =
         layout_ == nullptr || region == nullptr ? nullptr : layout_->FindRegion(region);
@@ -174,20 +185,28 @@ class PageBuilder {
     slide_.items.push_back(std::move(item));
   }
 
+  // A size as stated, else what is left between the two sides.
+  static int extent(CSMILRegion& region, const char* size, const char* side, int begin, int whole) {
+    if (const auto stated = pixels(attribute(region, size), whole)) return *stated;
+    return std::max(whole - begin - pixels(attribute(region, side), whole).value_or(0), 0);
+  }
+
   PreviewBox boxOf(CSMILRegion& region) const {
     PreviewBox box;
     box.left = pixels(attribute(region, "left"), page_.width).value_or(0);
     box.top = pixels(attribute(region, "top"), page_.height).value_or(0);
-    box.width = pixels(attribute(region, "width"), page_.width)
-                    .value_or(std::max(page_.width - box.left, 0));
-    box.height = pixels(attribute(region, "height"), page_.height)
-                     .value_or(std::max(page_.height - box.top, 0));
+    box.width = extent(region, "width", "right", box.left, page_.width);
+    box.height = extent(region, "height", "bottom", box.top, page_.height);
     return box;
   }
 
   void closeSlide() {
     const bool something = !slide_.items.empty();
-    if (something && page_.slides.size() < kMaxSlides) page_.slides.push_back(std::move(slide_));
+    if (something && page_.slides.size() < kMaxSlides) {
+      page_.slides.push_back(std::move(slide_));
+    } else if (something) {
+      leftOut_ = true;
+    }
     slide_ = PreviewSlide();
   }
 
@@ -206,7 +225,10 @@ class PageBuilder {
   CSMILLayout* layout_ = nullptr;
   PreviewSlide slide_;
   bool insidePar_ = false;
+  std::map<const CSMILMedia*, CMMPart*> parts_;
   std::size_t items_ = 0;
+  std::size_t octets_ = 0;
+  bool leftOut_ = false;
 };
 
 }  // namespace

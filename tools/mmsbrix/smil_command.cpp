@@ -30,12 +30,11 @@ bool loadSmil(const std::string& file, std::istream& in, CSMIL& smil, std::strin
   setParseErrorHandler([&told](const std::string& caption, const std::string& reason) {
     if (told.empty()) told = caption + ": " + reason;
   });
+  // Standard input goes by way of a file too: encodings are a matter of files.
   bool read = false;
-  if (file == "-") {
-    const auto text = readAll(file, in, error);
-    read = text && MMS_LoadSmilFromMemory(text->c_str(), &smil, 0) == 1;
-  } else if (readAll(file, in, error)) {
-    read = MMS_LoadSmil(file.c_str(), &smil, 0) == 1;
+  if (const auto text = readAll(file, in, error)) {
+    const TemporaryFile copy(*text);
+    read = MMS_LoadSmil(copy.path().c_str(), &smil, 0) == 1;
   }
   setParseErrorHandler({});
   if (read) return true;

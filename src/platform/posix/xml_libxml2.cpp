@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <exception>
 #include <memory>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -24,6 +25,8 @@ bool isBlank(std::string_view text) noexcept {
   return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
 }
 
+// The parser compares each attribute of an element, and each alternative of a declaration, with all
+// others.  In entities and document types quoted text may become markup, so that all of it counts.
 bool attributesAreBounded(std::string_view text) noexcept {
   unsigned count = 0;
   for (const char c : text) {
@@ -36,10 +39,35 @@ bool attributesAreBounded(std::string_view text) noexcept {
   return true;
 }
 
-struct DefaultAttribute {
-  std::string element;
-  XmlAttribute attribute;
-};
+// Where the attributes of an element become too many in a document without a document type; npos
+// when they never do.  Comments, character data, instructions and quoted values do not count.
+std::size_t tooManyAttributes(std::string_view text) noexcept {
+  unsigned count = 0;
+  char quote = 0;
+  bool inTag = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (quote != 0) {
+      if (c == quote) quote = 0;
+    } else if (c == '<') {
+      const std::string_view ahead = text.substr(i);
+      const std::string_view end = ahead.starts_with("<!--")        ? "-->"
+                                   : ahead.starts_with("<![CDATA[") ? "]]>"
+                                   : ahead.starts_with("<?")        ? "?>"
+                                                                    : "";
+      inTag = end.empty();
+      count = 0;
+      if (!inTag) i = std::min(text.find(end, i + 2), text.size());
+    } else if (inTag && (c == '"' || c == '\'')) {
+      quote = c;
+    } else if (c == '>') {
+      inTag = false;
+    } else if (inTag && c == '=' && ++count > kMaxXmlAttributes) {
+      return i;
+    }
+  }
+  return std::string_view::npos;
+}
 
 // What the callbacks of one run share.  The content of an entity is read by a nested parser with
 // the same callbacks, which cannot be stopped from here: after a stop every event is dropped
@@ -57,7 +85,8 @@ struct Run {
   unsigned declarations = 0;
   std::size_t entityOctets = 0;
   bool textPending = false;  // text that is not only blanks, and not told yet
-  std::vector<DefaultAttribute> defaults;
+  std::unordered_map<std::string, std::vector<XmlAttribute>> defaults;  // by element
+  std::size_t defaultOctets = 0;         // that defaults have put into elements
   std::vector<XmlAttribute> attributes;  // of the element being told
 
   void stop() {
@@ -86,6 +115,19 @@ struct Run {
   }
   void declared() {
     if (++declarations > kMaxXmlDeclarations) fail("The document type has too many declarations");
+  }
+  // Defaults that a document type declares are text that the document does not have, like entities.
+  void addDefaults(const std::string& tag) {
+    const auto declared = defaults.find(tag);
+    if (declared == defaults.end()) return;
+    for (const XmlAttribute& attribute : declared->second) {
+      const auto isNamesake = [&](const XmlAttribute& own) { return own.name == attribute.name; };
+      if (std::any_of(attributes.begin(), attributes.end(), isNamesake)) continue;
+      defaultOctets += attribute.name.size() + attribute.value.size();
+      if (defaultOctets > kMaxXmlEntityOctets)
+        return fail("The default attributes are too much text");
+      attributes.push_back(attribute);
+    }
   }
   xmlEntityPtr resolved(xmlEntityPtr entity) {
     if (entity != nullptr && entity->length > 0) {
@@ -122,15 +164,7 @@ void startElement(void* user, const xmlChar* name, const xmlChar** attributes) {
       run.attributes.push_back(
           {chars(attributes[0]), attributes[1] == nullptr ? "" : chars(attributes[1])});
     }
-    for (const DefaultAttribute& row : run.defaults) {
-      const auto isNamesake = [&](const XmlAttribute& own) {
-        return own.name == row.attribute.name;
-      };
-      if (row.element == tag &&
-          std::none_of(run.attributes.begin(), run.attributes.end(), isNamesake)) {
-        run.attributes.push_back(row.attribute);
-      }
-    }
+    run.addDefaults(tag);
     run.count(1 + run.attributes.size());
     if (!run.stopped) run.events.startElement(tag, run.attributes);
   });
@@ -198,7 +232,7 @@ void attributeDecl(void* user, const xmlChar* element, const xmlChar* name, int,
   xmlFreeEnumeration(values);
   inRun(user, [&](Run& run) {
     run.declared();
-    if (value != nullptr) run.defaults.push_back({chars(element), {chars(name), chars(value)}});
+    if (value != nullptr) run.defaults[chars(element)].push_back({chars(name), chars(value)});
   });
 }
 
@@ -298,7 +332,12 @@ std::optional<XmlError> readXml(std::string_view utf8, XmlEvents& events) {
   if (const std::size_t zero = utf8.find('\0'); zero != std::string_view::npos) {
     return positionOf(utf8, zero, "A zero octet is no character");
   }
-  if (!attributesAreBounded(utf8)) return XmlError{0, 0, "An element has too many attributes"};
+  constexpr const char* kTooMany = "An element has too many attributes";
+  if (utf8.find("<!DOCTYPE") != std::string_view::npos) {
+    if (!attributesAreBounded(utf8)) return XmlError{0, 0, kTooMany};
+  } else if (const std::size_t place = tooManyAttributes(utf8); place != std::string_view::npos) {
+    return positionOf(utf8, place, kTooMany);
+  }
   if (utf8.empty()) return XmlError{0, 0, "The document is empty"};
 
   xmlInitParser();

@@ -147,8 +147,11 @@ void Endpoint::receivePdu(const WdpAddress& peer, Octets octets, TimePoint now) 
     if (decoded.error != PduError::none) {
       transaction.receiveBroken(now);
     } else {
+      const bool doubted = transaction.tidDoubted();
       transaction.receive(pdu, now);
-      if (transaction.verifiedNewTid()) tids_.verifiedNew(peer, key.tid);
+      if (doubted && !transaction.tidDoubted()) {
+        tids_.verified(peer, key.tid, transaction.tidNew(), now);
+      }
     }
     settle(handle);
   } else if (decoded.error != PduError::unknownType && pdu.type == PduType::invoke && !own) {
@@ -170,7 +173,10 @@ void Endpoint::receiveInvoke(const Key& key, const DecodedPdu& decoded, TimePoin
   }
   const bool cached = pdu.version == 0 && (terms.transactionClass == Class::reliablePush ||
                                            terms.transactionClass == Class::result);
-  if (cached && !tids_.accept(key.peer, key.tid, pdu.tidNew)) transaction.doubtTid(pdu.tidNew);
+  const TidVerdict verdict =
+      cached ? tids_.judge(key.peer, key.tid, pdu.tidNew, now) : TidVerdict::believed;
+  if (verdict == TidVerdict::old) return;
+  if (verdict == TidVerdict::doubted) transaction.doubtTid(pdu.tidNew);
   transaction.receive(pdu, now);
   if (transaction.finished()) return;
   transactions_.try_emplace(handle, Entry{key, std::move(transaction)});

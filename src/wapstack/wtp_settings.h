@@ -23,6 +23,9 @@ inline constexpr std::size_t kMaxPeerTransactions = 256;
 inline constexpr std::size_t kMaxOwnTransactions = 4096;
 /// Peers whose last transaction identifier is remembered.
 inline constexpr std::size_t kMaxCachedPeers = 256;
+/// How long the network may keep a packet, and how many verified TIDs are remembered meanwhile.
+inline constexpr Duration kPacketLifetime{120000};
+inline constexpr std::size_t kMaxVerifiedTids = 1024;
 
 /// Times are those that the standard gives for bearers that route IP.  [WAP-224 A]
 struct Settings {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <map>
+#include <utility>
 
 #include "wapstack/wdp_address.h"
 #include "wapstack/wtp_pdu.h"
@@ -19,31 +20,51 @@ namespace mmsbrix::wtp {
   return difference >= 0 ? difference != 0 && difference <= kWindow : -difference >= kWindow;
 }
 
+/// What becomes of an invoke, by its TID.
+enum class TidVerdict : std::uint8_t {
+  believed,
+  doubted,  ///< to be verified before anything is delivered
+  old,      ///< it was verified and served a moment ago: a copy that the network kept
+};
+
 /// The last TID of each initiator, for a bounded number of them.
 class TidCache {
  public:
-  /// Judges the TID of a new invoke; false asks for its verification.  An unknown peer is believed.
-  [[nodiscard]] bool accept(const WdpAddress& peer, std::uint16_t tid, bool tidNew) {
+  /// Judges the TID of a new invoke.  An unknown peer is believed.
+  [[nodiscard]] TidVerdict judge(const WdpAddress& peer, std::uint16_t tid, bool tidNew,
+                                 TimePoint now) {
     const auto known = last_.find(peer);
     if (known == last_.end()) {
       // Forgetting some peer costs a check of duplicates that nobody sends this late.
       if (last_.size() >= kMaxCachedPeers) last_.erase(last_.begin());
       last_.emplace(peer, tid);
-      return true;
+      return TidVerdict::believed;
+    }
+    const auto served = verified_.find({peer, tid});
+    if (served != verified_.end() && now - served->second < kPacketLifetime) {
+      return TidVerdict::old;
     }
     if (tidNew) {
       known->second = 0;
-      return false;
+      return TidVerdict::doubted;
     }
-    if (!tidFollows(known->second, tid)) return false;
+    if (!tidFollows(known->second, tid)) return TidVerdict::doubted;
     known->second = tid;
-    return true;
+    return TidVerdict::believed;
   }
-  /// The peer stands by a TID that it marked as new.
-  void verifiedNew(const WdpAddress& peer, std::uint16_t tid) { last_[peer] = tid; }
+
+  /// The peer stood by a doubted TID.  While copies of its Tok may still be under way, a copy of
+  /// the invoke must not be verified by them once more.
+  void verified(const WdpAddress& peer, std::uint16_t tid, bool tidNew, TimePoint now) {
+    if (tidNew) last_[peer] = tid;
+    std::erase_if(verified_,
+                  [now](const auto& served) { return now - served.second >= kPacketLifetime; });
+    if (verified_.size() < kMaxVerifiedTids) verified_[{peer, tid}] = now;
+  }
 
  private:
   std::map<WdpAddress, std::uint16_t> last_;
+  std::map<std::pair<WdpAddress, std::uint16_t>, TimePoint> verified_;
 };
 
 }  // namespace mmsbrix::wtp

@@ -75,8 +75,8 @@ class Transaction {
   void receiveBroken(TimePoint now);
   /// The TID of the invoke that opens this transaction must be verified before it is believed.
   void doubtTid(bool tidNew) noexcept;
-  /// True once the peer stood by a TID that it had marked as new.
-  [[nodiscard]] bool verifiedNewTid() const noexcept { return tidNew_ && !tidBad_; }
+  [[nodiscard]] bool tidDoubted() const noexcept { return tidBad_; }
+  [[nodiscard]] bool tidNew() const noexcept { return tidNew_; }
 
   /// The user's answers; false in a state that has no use for them.
   bool respond(Trigger response, Octets exitInfo, TimePoint now);

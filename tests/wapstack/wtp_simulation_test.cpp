@@ -251,7 +251,7 @@ TEST(WtpSimulation, EveryExchangeEndsAndDeliversOnceWhatWasSent) {
 #ifdef NDEBUG
   constexpr std::uint64_t kSeeds = 20000;
 #else
-  constexpr std::uint64_t kSeeds = 3000;
+  constexpr std::uint64_t kSeeds = 5000;
 #endif
   Totals totals;
   if (const auto seed = fromEnvironment("WTP_SEED")) {

@@ -248,7 +248,10 @@ std::vector<Script> responderScripts() {
 
       {"a doubted TID that the peer stands by",
        kDoubted + "< 0A 00 05 01 'p'\n < 0B 00 05 01 'p'\n > 1D 80 05\n"
-                  "< 1C 00 05\n ! invoke.ind 1 'p'\n answer\n > 18 80 05\n +40000\n idle\n"},
+                  "< 1C 00 05\n ! invoke.ind 1 'p'\n answer\n > 18 80 05\n +40000\n idle\n"
+                  "# copies of invoke and Tok that the network kept\n"
+                  "< 0A 00 05 01 'p'\n < 1C 00 05\n +79999\n < 0A 00 05 01 'p'\n"
+                  "+1\n < 0A 00 05 01 'p'\n > 1C 80 05\n +120000\n idle\n"},
       {"a doubted TID that the peer denies", kDoubted + "< 20 00 05 02\n idle\n"},
       {"a doubted TID, then rubbish", kDoubted + "< 38 00 05 05\n > 20 80 05 01\n idle\n"},
       {"a doubted TID, then silence", kDoubted + "+120000\n idle\n"},

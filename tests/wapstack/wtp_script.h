@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <charconv>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -43,17 +42,17 @@ inline std::string describe(const Event& event) {
   return text;
 }
 
-/// Runs a script of lines:
-///   invoke CLASS[u] HEX | answer [HEX] | result [HEX] | thank [HEX] | abort HEX   user's requests
+/// Plays a script of lines against an engine:
 ///   < HEX     a datagram comes          > HEX     the next datagram that goes
 ///   ! TEXT    the next event            +MS       time passes, timers run when they are due
 ///   idle      nothing is left: no transaction and no timer
+///   other lines are requests of the user; "foreign HEX" is a datagram from somebody else
 /// Every datagram and event must be asked for before the next thing happens.
-class ScriptRun {
+template <typename Engine>
+class ScriptPlayer {
  public:
-  ScriptRun(const Settings& settings, RowCounts* counts) : endpoint_(settings, 1) {
-    endpoint_.countRows(counts);
-  }
+  explicit ScriptPlayer(const Settings& settings) : engine_(settings, 1) {}
+  virtual ~ScriptPlayer() = default;
 
   void run(const std::string& script) {
     std::istringstream lines(script);
@@ -66,13 +65,27 @@ class ScriptRun {
     expectNothingLeft();
   }
 
+ protected:
+  /// False for a verb that there is not.
+  virtual bool request(const std::string& verb, const std::string& rest) = 0;
+  virtual std::string describeNext() = 0;
+
+  template <typename Refusal>
+  void note(Refusal refusal) {
+    if (refusal != Refusal::none) notes_.push_back(std::string("refused ") + refusalText(refusal));
+  }
+
+  Engine engine_;
+  WdpAddress peer_{.octets = {192, 0, 2, 1}, .size = 4, .port = 9201};
+  TimePoint now_;
+
  private:
   void play(const std::string& line) {
     const std::size_t blank = line.find(' ');
     const std::string verb = line.substr(0, blank);
-    std::string rest = blank == std::string::npos ? "" : line.substr(blank + 1);
+    const std::string rest = blank == std::string::npos ? "" : line.substr(blank + 1);
     if (verb == ">") {
-      const auto sent = endpoint_.takeDatagram();
+      const auto sent = engine_.takeDatagram();
       EXPECT_EQ(sent ? hexText(sent->octets.written()) : "nothing", hexText(hex(rest)));
       return;
     }
@@ -82,58 +95,37 @@ class ScriptRun {
     }
     expectNothingLeft();
     if (verb == "idle") {
-      EXPECT_EQ(endpoint_.transactions(), 0u);
-      EXPECT_FALSE(endpoint_.deadline().has_value());
+      EXPECT_EQ(engine_.transactions(), 0u);
+      EXPECT_FALSE(engine_.deadline().has_value());
     } else if (verb[0] == '+') {
       pass(Duration(std::stoi(verb.substr(1))));
     } else if (verb == "<") {
-      endpoint_.receive(peer_, hex(rest), now_);
-    } else if (verb == "invoke") {
-      const bool userAck = rest.size() > 1 && rest[1] == 'u';
-      const Transaction::Terms terms{static_cast<Class>(rest[0] - '0'), userAck};
-      const Invoked invoked =
-          endpoint_.invoke(peer_, terms, hex(rest.substr(userAck ? 2 : 1)), now_);
-      handle_ = invoked.handle;
-      note(invoked.refusal);
-    } else if (verb == "answer") {
-      note(endpoint_.respondInvoke(handle_, hex(rest), now_));
-    } else if (verb == "result") {
-      note(endpoint_.sendResult(handle_, hex(rest), now_));
-    } else if (verb == "thank") {
-      note(endpoint_.respondResult(handle_, hex(rest), now_));
-    } else if (verb == "abort") {
-      note(endpoint_.abort(handle_, hex(rest).at(0), now_));
+      engine_.receive(peer_, hex(rest), now_);
+    } else if (verb == "foreign") {
+      engine_.receive(WdpAddress{}, hex(rest), now_);
     } else {
-      FAIL() << "no such verb";
+      EXPECT_TRUE(request(verb, rest)) << "no such verb";
     }
     // Whatever happened: a transaction that is left has something that ends it.
-    EXPECT_EQ(endpoint_.transactions() > 0, endpoint_.deadline().has_value());
+    EXPECT_EQ(engine_.transactions() > 0, engine_.deadline().has_value());
   }
 
-  void note(Refusal refusal) {
-    if (refusal != Refusal::none) notes_.push_back(std::string("refused ") + refusalText(refusal));
-  }
   std::string nextEvent() {
-    if (!notes_.empty()) {
-      const std::string text = notes_.front();
-      notes_.erase(notes_.begin());
-      return text;
-    }
-    const auto event = endpoint_.takeEvent();
-    if (!event) return "nothing";
-    if (event->kind == Event::Kind::invokeIndication) handle_ = event->handle;
-    return describe(*event);
+    if (notes_.empty()) return describeNext();
+    const std::string text = notes_.front();
+    notes_.erase(notes_.begin());
+    return text;
   }
   void pass(Duration time) {
     const TimePoint end = now_ + time;
-    for (auto at = endpoint_.deadline(); at && *at <= end; at = endpoint_.deadline()) {
+    for (auto at = engine_.deadline(); at && *at <= end; at = engine_.deadline()) {
       now_ = std::max(now_, *at);
-      endpoint_.onTimer(now_);
+      engine_.onTimer(now_);
     }
     now_ = end;
   }
   void expectNothingLeft() {
-    while (const auto sent = endpoint_.takeDatagram()) {
+    while (const auto sent = engine_.takeDatagram()) {
       ADD_FAILURE() << "sent unasked: " << hexText(sent->octets.written());
     }
     for (std::string event = nextEvent(); event != "nothing"; event = nextEvent()) {
@@ -141,11 +133,46 @@ class ScriptRun {
     }
   }
 
-  Endpoint endpoint_;
-  WdpAddress peer_{.octets = {192, 0, 2, 1}, .size = 4, .port = 9201};
-  TimePoint now_;
-  Handle handle_ = 0;
   std::vector<std::string> notes_;
+};
+
+/// Scripts for a WTP endpoint:
+///   invoke CLASS[u] HEX | answer [HEX] | result [HEX] | thank [HEX] | abort HEX
+class ScriptRun : public ScriptPlayer<Endpoint> {
+ public:
+  ScriptRun(const Settings& settings, RowCounts* counts) : ScriptPlayer(settings) {
+    engine_.countRows(counts);
+  }
+
+ private:
+  bool request(const std::string& verb, const std::string& rest) override {
+    if (verb == "invoke") {
+      const bool userAck = rest.size() > 1 && rest[1] == 'u';
+      const Transaction::Terms terms{static_cast<Class>(rest[0] - '0'), userAck};
+      const Invoked invoked = engine_.invoke(peer_, terms, hex(rest.substr(userAck ? 2 : 1)), now_);
+      handle_ = invoked.handle;
+      note(invoked.refusal);
+    } else if (verb == "answer") {
+      note(engine_.respondInvoke(handle_, hex(rest), now_));
+    } else if (verb == "result") {
+      note(engine_.sendResult(handle_, hex(rest), now_));
+    } else if (verb == "thank") {
+      note(engine_.respondResult(handle_, hex(rest), now_));
+    } else if (verb == "abort") {
+      note(engine_.abort(handle_, hex(rest).at(0), now_));
+    } else {
+      return false;
+    }
+    return true;
+  }
+  std::string describeNext() override {
+    const auto event = engine_.takeEvent();
+    if (!event) return "nothing";
+    if (event->kind == Event::Kind::invokeIndication) handle_ = event->handle;
+    return describe(*event);
+  }
+
+  Handle handle_ = 0;
 };
 
 inline std::string times(int count, const std::string& lines) {

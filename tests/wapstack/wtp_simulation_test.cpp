@@ -248,11 +248,7 @@ std::optional<std::uint64_t> fromEnvironment(const char* name) {
 }
 
 TEST(WtpSimulation, EveryExchangeEndsAndDeliversOnceWhatWasSent) {
-#ifdef NDEBUG
   constexpr std::uint64_t kSeeds = 20000;
-#else
-  constexpr std::uint64_t kSeeds = 5000;
-#endif
   Totals totals;
   if (const auto seed = fromEnvironment("WTP_SEED")) {
     Simulation(*seed).run(totals);

@@ -63,24 +63,30 @@ std::vector<Script> initiatorScripts() {
       {"nobody thanks for the result", kResultThere + "+3999\n +1\n > 18 00 01\n +40000\n idle\n"},
       {"the user must thank and does not",
        "invoke 2u 'q'\n > 0A 00 01 12 'q'\n < 12 80 01 'r'\n ! invoke.cnf\n ! result.ind 'r'\n"
-       "+24000\n < 13 80 01 'r'\n +4000\n" + silent},
+       "+24000\n < 13 80 01 'r'\n +4000\n" +
+           silent},
       {"an unanswered invoke",
        kInvoke2 + times(8, "+5000\n > 0B 00 01 02 'q'\n") + "+5000\n" + gaveUp},
-      {"silence after a hold-on Ack", kInvoke2 + "< 18 80 01\n ! invoke.cnf\n +119999\n +1\n" + silent},
-      {"the whole takes too long",
-       kInvoke2 + "< 18 80 01\n ! invoke.cnf\n" + times(6, "+99000\n < 18 80 01\n") + "+6000\n" + silent},
-      {"Tok, repeated until enough",
-       kInvoke2 + "< 1C 80 01\n > 1C 00 01\n +5000\n > 1D 00 01\n" +
-           times(6, "< 1C 80 01\n > 1D 00 01\n") + "< 1C 80 01\n +5000\n" + gaveUp},
+      {"silence after a hold-on Ack",
+       kInvoke2 + "< 18 80 01\n ! invoke.cnf\n +119999\n +1\n" + silent},
+      {"the whole takes too long", kInvoke2 + "< 18 80 01\n ! invoke.cnf\n" +
+                                       times(6, "+99000\n < 18 80 01\n") + "+6000\n" + silent},
+      {"Tok, repeated until enough", kInvoke2 + "< 1C 80 01\n > 1C 00 01\n +5000\n > 1D 00 01\n" +
+                                         times(6, "< 1C 80 01\n > 1D 00 01\n") +
+                                         "< 1C 80 01\n +5000\n" + gaveUp},
       {"a negative Ack asks for the whole invoke",
-       kInvoke1 + "< 38 80 01 00\n > 0B 00 01 01 'p'\n < 38 80 01 01 00\n > 0B 00 01 01 'p'\n"
-                  "< 38 80 01 01 07\n" + userAborts},
+       kInvoke1 +
+           "< 38 80 01 00\n > 0B 00 01 01 'p'\n < 38 80 01 01 00\n > 0B 00 01 01 'p'\n"
+           "< 38 80 01 01 07\n" +
+           userAborts},
 
       {"groups grow while they get through",
-       kFourPackets + "< 98 80 01 19 00\n > 28 00 01 01 'bbbb'\n > 2C 00 01 02 'cccc'\n"
-                      "# an Ack of the group before changes nothing\n < 98 80 01 19 00\n"
-                      "< 98 80 01 19 02\n > 2A 00 01 03 'dd'\n"
-                      "< 98 80 01 19 02\n < 98 80 01 19 03\n ! invoke.cnf\n" + userAborts},
+       kFourPackets +
+           "< 98 80 01 19 00\n > 28 00 01 01 'bbbb'\n > 2C 00 01 02 'cccc'\n"
+           "# an Ack of the group before changes nothing\n < 98 80 01 19 00\n"
+           "< 98 80 01 19 02\n > 2A 00 01 03 'dd'\n"
+           "< 98 80 01 19 02\n < 98 80 01 19 03\n ! invoke.cnf\n" +
+           userAborts},
       {"the end of a group is repeated, then given up",
        kFourPackets + times(8, "+3000\n > 0D 00 01 02 'aaaa'\n") + "+3000\n" + gaveUp},
       {"retries count anew for each group",
@@ -88,25 +94,32 @@ std::vector<Script> initiatorScripts() {
            "< 98 80 01 19 00\n # smaller after the loss\n > 2C 00 01 01 'bbbb'\n" +
            times(8, "+3000\n > 2D 00 01 01 'bbbb'\n") + "+3000\n" + gaveUp},
       {"a negative Ack is served selectively",
-       kFourPackets + "< 38 80 01 01 00\n > 0D 00 01 02 'aaaa'\n < 18 80 01\n"
-                      "> 2C 00 01 01 'bbbb'\n < 98 80 01 19 01\n > 28 00 01 02 'cccc'\n"
-                      "> 2A 00 01 03 'dd'\n < 38 80 01 02 00 02\n > 29 00 01 02 'cccc'\n"
-                      "< 38 80 01 00\n > 29 00 01 02 'cccc'\n > 2B 00 01 03 'dd'\n" + userAborts},
+       kFourPackets +
+           "< 38 80 01 01 00\n > 0D 00 01 02 'aaaa'\n < 18 80 01\n"
+           "> 2C 00 01 01 'bbbb'\n < 98 80 01 19 01\n > 28 00 01 02 'cccc'\n"
+           "> 2A 00 01 03 'dd'\n < 38 80 01 02 00 02\n > 29 00 01 02 'cccc'\n"
+           "< 38 80 01 00\n > 29 00 01 02 'cccc'\n > 2B 00 01 03 'dd'\n" +
+           userAborts},
       {"a Tve that acknowledges the group",
-       kFourPackets + "< 9C 80 01 19 00\n > 1C 00 01\n > 28 00 01 01 'bbbb'\n > 2C 00 01 02 'cccc'\n"
-                      "+3001\n > 1D 00 01\n > 2D 00 01 02 'cccc'\n"
-                      "< 9C 80 01 19 00\n > 1D 00 01\n" + userAborts},
+       kFourPackets +
+           "< 9C 80 01 19 00\n > 1C 00 01\n > 28 00 01 01 'bbbb'\n > 2C 00 01 02 'cccc'\n"
+           "+3001\n > 1D 00 01\n > 2D 00 01 02 'cccc'\n"
+           "< 9C 80 01 19 00\n > 1D 00 01\n" +
+           userAborts},
       {"a Tve before the last group",
        "invoke 2 'aaaabb'\n > 0C 00 01 02 'aaaa'\n < 9C 80 01 19 00\n > 1C 00 01\n"
-       "> 2A 00 01 01 'bb'\n +5000\n > 1D 00 01\n > 2B 00 01 01 'bb'\n" + userAborts},
+       "> 2A 00 01 01 'bb'\n +5000\n > 1D 00 01\n > 2B 00 01 01 'bb'\n" +
+           userAborts},
       {"a Tve for the last group leaves it open",
-       kLastTwoSent + "< 9C 80 01 19 02\n > 1C 00 01\n < 98 80 01 19 02\n ! invoke.cnf\n" + userAborts},
+       kLastTwoSent + "< 9C 80 01 19 02\n > 1C 00 01\n < 98 80 01 19 02\n ! invoke.cnf\n" +
+           userAborts},
       {"the peer wishes pauses and small groups",
        "invoke 2 'aaaabbbbccccddddeeee'\n > 0C 00 01 02 'aaaa'\n"
        "< 98 80 01 99 00 92 03 0A 12 04 04\n +999\n < 38 80 01 00\n < 1C 80 01\n > 1C 00 01\n"
        "+1\n > 2C 00 01 01 'bbbb'\n < 98 80 01 19 01\n > 2C 00 01 02 'cccc'\n"
        "< 98 80 01 19 02\n > 2C 00 01 03 'dddd'\n"
-       "< 98 80 01 99 03 12 03 05\n +500\n > 2A 00 01 04 'eeee'\n" + userAborts},
+       "< 98 80 01 99 03 12 03 05\n +500\n > 2A 00 01 04 'eeee'\n" +
+           userAborts},
       {"a peer without segmentation gets it whole, under a new TID",
        kFourPackets + "< 20 80 01 04\n > 0E 00 02 02 'aaaabbbbccccdd'\n"
                       "< 16 80 02 'r'\n ! invoke.cnf\n ! result.ind 'r'\n thank\n > 18 00 02\n"
@@ -123,12 +136,16 @@ std::vector<Script> initiatorScripts() {
                       "! result.ind 'rrrrssssttttuuuuvvvvw'\n thank\n > 98 00 01 19 05\n"
                       "< 33 80 01 05 'w'\n > 99 00 01 19 05\n +40000\n idle\n"},
       {"the end of a group came, what is before it did not",
-       kInvoke2 + "< 34 80 01 01 'ssss'\n ! invoke.cnf\n +300\n > 38 00 01 01 00\n"
-                  "# the end comes again: the negative Ack was lost\n"
-                  "< 35 80 01 01 'ssss'\n +300\n > 38 00 01 01 00\n" + userAborts},
+       kInvoke2 +
+           "< 34 80 01 01 'ssss'\n ! invoke.cnf\n +300\n > 38 00 01 01 00\n"
+           "# the end comes again: the negative Ack was lost\n"
+           "< 35 80 01 01 'ssss'\n +300\n > 38 00 01 01 00\n" +
+           userAborts},
       {"a result that begins without a group end",
-       kInvoke2 + "< 10 80 01 'rrrr'\n ! invoke.cnf\n < 32 80 01 01 's'\n"
-                  "! result.ind 'rrrrs'\n < 1C 80 01\n" + userAborts},
+       kInvoke2 +
+           "< 10 80 01 'rrrr'\n ! invoke.cnf\n < 32 80 01 01 's'\n"
+           "! result.ind 'rrrrs'\n < 1C 80 01\n" +
+           userAborts},
       {"a result above the limit",
        kInvoke2 + "< 90 80 01 12 02 29 'rrrr'\n > 20 00 01 09\n ! abort.ind own 09\n idle\n"},
       {"a result that grows above the limit",
@@ -137,21 +154,28 @@ std::vector<Script> initiatorScripts() {
       {"a result falls silent", kResultBegun + "+120000\n" + silent},
 
       {"packets that do not fit the message are dropped",
-       kInvoke2 + "< 32 80 01 02 'tttt'\n ! invoke.cnf\n < 30 80 01 03 'past'\n"
-                  "+300\n > 38 00 01 02 00 01\n < 31 80 01 01 'ssss'\n < 11 80 01 'rrrr'\n"
-                  "! result.ind 'rrrrsssstttt'\n" + userAborts},
+       kInvoke2 +
+           "< 32 80 01 02 'tttt'\n ! invoke.cnf\n < 30 80 01 03 'past'\n"
+           "+300\n > 38 00 01 02 00 01\n < 31 80 01 01 'ssss'\n < 11 80 01 'rrrr'\n"
+           "! result.ind 'rrrrsssstttt'\n" +
+           userAborts},
       {"answers of the wrong kind or direction are not heard",
-       kInvoke1 + "< 16 80 01 'r'\n < 0A 80 01 01\n < 18 00 01\n < 1C 00 01\n < 00\n < 18 80\n"
-                  "< 40 80 02 00\n < 28 00 01 01 's'\n < 36 00 01 00\n" + userAborts},
+       kInvoke1 +
+           "< 16 80 01 'r'\n < 0A 80 01 01\n < 18 00 01\n < 1C 00 01\n < 00\n < 18 80\n"
+           "< 40 80 02 00\n < 28 00 01 01 's'\n < 36 00 01 00\n"
+           "# nor is anybody else, however well he knows the TID\n"
+           "foreign 18 80 01\n foreign 21 80 01 E8\n foreign 38 80 01 05\n" +
+           userAborts},
       {"requests in the wrong state are refused",
-       kInvoke2 + "thank\n ! refused there is no such transaction in this state\n"
-                  "answer\n ! refused there is no such transaction in this state\n"
-                  "result 'r'\n ! refused there is no such transaction in this state\n" + userAborts},
+       kInvoke2 +
+           "thank\n ! refused there is no such transaction in this state\n"
+           "answer\n ! refused there is no such transaction in this state\n"
+           "result 'r'\n ! refused there is no such transaction in this state\n" +
+           userAborts},
   };
   const std::pair<const char*, std::string> states[] = {
-      {"group wait", kFourPackets},      {"result wait", kInvoke2},
-      {"receiving", kResultBegun},       {"result resp wait", kResultThere},
-      {"wait timeout", kThanked},
+      {"group wait", kFourPackets},       {"result wait", kInvoke2},  {"receiving", kResultBegun},
+      {"result resp wait", kResultThere}, {"wait timeout", kThanked},
   };
   for (const auto& [state, begin] : states) {
     scripts.push_back({state, begin + peerAborts});
@@ -171,7 +195,8 @@ const std::string kAnswered = kServe2 + "result 'r'\n > 12 80 05 'r'\n";
 const std::string kResultGroup = kServe2 + "result 'rrrrssssttttu'\n > 14 80 05 'rrrr'\n";
 const std::string kInvokeBegun = "< 0C 00 05 02 'aaaa'\n > 98 80 05 19 00\n";
 /// Served a transaction with TID 5 already: the same TID is doubted.
-const std::string kSeen5 = "< 0A 00 05 01 'p'\n ! invoke.ind 1 'p'\n answer\n > 18 80 05\n +40000\n idle\n";
+const std::string kSeen5 =
+    "< 0A 00 05 01 'p'\n ! invoke.ind 1 'p'\n answer\n > 18 80 05\n +40000\n idle\n";
 const std::string kDoubted = kSeen5 + "< 0A 00 05 01 'p'\n > 1C 80 05\n";
 
 std::vector<Script> responderScripts() {
@@ -215,33 +240,41 @@ std::vector<Script> responderScripts() {
       {"a result that nobody acknowledges",
        kAnswered + times(8, "+7000\n > 13 80 05 'r'\n") + "+7000\n" + gaveUp},
       {"a result in groups",
-       kResultGroup + "< 98 00 05 19 00\n > 30 80 05 01 'ssss'\n > 34 80 05 02 'tttt'\n"
-                      "< 38 00 05 01 01\n > 31 80 05 01 'ssss'\n +3001\n > 35 80 05 02 'tttt'\n"
-                      "< 98 00 05 19 02\n > 32 80 05 03 'u'\n < 38 00 05 01 03\n > 33 80 05 03 'u'\n"
-                      "< 98 00 05 19 02\n < 98 00 05 19 03\n ! result.cnf\n idle\n"},
+       kResultGroup +
+           "< 98 00 05 19 00\n > 30 80 05 01 'ssss'\n > 34 80 05 02 'tttt'\n"
+           "< 38 00 05 01 01\n > 31 80 05 01 'ssss'\n +3001\n > 35 80 05 02 'tttt'\n"
+           "< 98 00 05 19 02\n > 32 80 05 03 'u'\n < 38 00 05 01 03\n > 33 80 05 03 'u'\n"
+           "< 98 00 05 19 02\n < 98 00 05 19 03\n ! result.cnf\n idle\n"},
       {"a result in groups with pauses",
-       kResultGroup + "< 98 00 05 99 00 12 03 01\n +100\n > 30 80 05 01 'ssss'\n"
-                      "> 34 80 05 02 'tttt'\n < 98 00 05 99 02 12 03 01\n +100\n"
-                      "> 32 80 05 03 'u'\n" + userAborts},
+       kResultGroup +
+           "< 98 00 05 99 00 12 03 01\n +100\n > 30 80 05 01 'ssss'\n"
+           "> 34 80 05 02 'tttt'\n < 98 00 05 99 02 12 03 01\n +100\n"
+           "> 32 80 05 03 'u'\n" +
+           userAborts},
       {"a result in groups that nobody acknowledges",
        kResultGroup + times(8, "+3000\n > 15 80 05 'rrrr'\n") + "+3000\n" + gaveUp},
       {"a result in units that the initiator takes",
-       "< 8A 00 05 02 12 01 02 'q'\n ! invoke.ind 2 'q'\n result 'rrr'\n > 14 80 05 'rr'\n" + userAborts},
+       "< 8A 00 05 02 12 01 02 'q'\n ! invoke.ind 2 'q'\n result 'rrr'\n > 14 80 05 'rr'\n" +
+           userAborts},
       {"a result for one who takes no segments",
-       "< 0E 00 05 02 'q'\n ! invoke.ind 2 'q'\n result 'rrrrssss'\n > 16 80 05 'rrrrssss'\n" + userAborts},
+       "< 0E 00 05 02 'q'\n ! invoke.ind 2 'q'\n result 'rrrrssss'\n > 16 80 05 'rrrrssss'\n" +
+           userAborts},
 
       {"an invoke in groups, out of order and with a hole",
-       kInvokeBegun + "< 0D 00 05 02 'aaaa'\n > 98 80 05 19 00\n"
-                      "< 2C 00 05 02 'cccc'\n +300\n > 38 80 05 01 01\n"
-                      "< 29 00 05 01 'bbbb'\n > 98 80 05 19 02\n < 28 00 05 03 'dddd'\n"
-                      "< 2A 00 05 04 'e'\n ! invoke.ind 2 'aaaabbbbccccdddde'\n"
-                      "+2000\n > 98 80 05 19 04\n" + userAborts},
+       kInvokeBegun +
+           "< 0D 00 05 02 'aaaa'\n > 98 80 05 19 00\n"
+           "< 2C 00 05 02 'cccc'\n +300\n > 38 80 05 01 01\n"
+           "< 29 00 05 01 'bbbb'\n > 98 80 05 19 02\n < 28 00 05 03 'dddd'\n"
+           "< 2A 00 05 04 'e'\n ! invoke.ind 2 'aaaabbbbccccdddde'\n"
+           "+2000\n > 98 80 05 19 04\n" +
+           userAborts},
       {"an invoke without group ends",
        "< 08 00 05 01 'aaaa'\n < 2A 00 05 01 'b'\n ! invoke.ind 1 'aaaab'\n answer\n"
        "> 98 80 05 19 01\n +40000\n idle\n"},
       {"an invoke above the limit", "< 88 00 05 02 12 02 29 'aaaa'\n > 20 80 05 09\n idle\n"},
       {"an invoke that grows above the limit",
-       kInvokeBegun + "< 28 00 05 01 '0123456789012345678901234567890123456'\n > 20 80 05 09\n idle\n"},
+       kInvokeBegun +
+           "< 28 00 05 01 '0123456789012345678901234567890123456'\n > 20 80 05 09\n idle\n"},
       {"an invoke falls silent", kInvokeBegun + "+120000\n > 20 80 05 08\n idle\n"},
       {"an invoke in groups is taken back", kInvokeBegun + "< 21 00 05 E8\n idle\n"},
       {"an invoke in groups breaks", kInvokeBegun + "< 38 00 05 05\n > 20 80 05 01\n idle\n"},
@@ -264,8 +297,9 @@ std::vector<Script> responderScripts() {
                 "# the rest comes before the Tok\n < 2A 00 05 02 'c'\n < 1C 00 05\n"
                 "! invoke.ind 1 'aaaabbbbc'\n answer\n > 98 80 05 19 02\n +40000\n idle\n"},
       {"a doubted TID, its message complete later",
-       kSeen5 + "< 08 00 05 01 'aaaa'\n < 2A 00 05 01 'b'\n > 9C 80 05 19 01\n"
-                "< 1C 00 05\n ! invoke.ind 1 'aaaab'\n answer\n > 98 80 05 19 01\n +40000\n idle\n"},
+       kSeen5 +
+           "< 08 00 05 01 'aaaa'\n < 2A 00 05 01 'b'\n > 9C 80 05 19 01\n"
+           "< 1C 00 05\n ! invoke.ind 1 'aaaab'\n answer\n > 98 80 05 19 01\n +40000\n idle\n"},
       {"a doubted TID and too much",
        kSeen5 + "< 0C 00 05 01 'aaaa'\n > 9C 80 05 19 00\n"
                 "< 28 00 05 01 '0123456789012345678901234567890123456'\n > 20 80 05 09\n idle\n"},
@@ -281,8 +315,10 @@ std::vector<Script> responderScripts() {
                 "< 0A 40 01 01\n ! invoke.ind 1\n answer\n > 18 C0 01\n +40000\n idle\n"},
   };
   const std::pair<const char*, std::string> states[] = {
-      {"invoke resp wait", kServe2User}, {"result wait", kHeld},
-      {"group wait", kResultGroup},      {"result resp wait", kAnswered},
+      {"invoke resp wait", kServe2User},
+      {"result wait", kHeld},
+      {"group wait", kResultGroup},
+      {"result resp wait", kAnswered},
       {"wait timeout", kServe1 + "answer\n > 18 80 05\n"},
   };
   for (const auto& [state, begin] : states) {
@@ -298,7 +334,7 @@ std::vector<Script> responderScripts() {
 }
 
 void expectEveryRow(const std::vector<Script>& scripts, std::span<const Row> table,
-                    const std::array<std::uint32_t, RowCounts::kMaxRows> RowCounts::* member) {
+                    const std::array<std::uint32_t, RowCounts::kMaxRows> RowCounts::*member) {
   RowCounts counts;
   for (const Script& script : scripts) {
     SCOPED_TRACE(script.name);

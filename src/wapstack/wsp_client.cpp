@@ -208,7 +208,7 @@ void Client::act(const Row& row, const Occasion& occasion) {
   }
   if ((row.actions & act::kAbort) != 0) {
     const wtp::Handle handle = occasion.handle != 0 ? occasion.handle : transaction_;
-    wtp_.abort(handle, reason, occasion.now);
+    wtp_.abandon(handle, reason, occasion.now);
     if (handle == transaction_) transaction_ = 0;
   }
   if ((row.actions & act::kAbortAll) != 0) abortAll(row.abort, occasion.now);
@@ -265,11 +265,11 @@ void Client::tell(const Row& row, Trigger trigger, const Occasion& occasion) {
 void Client::abortAll(Reason reason, TimePoint now) {
   const auto code = static_cast<std::uint8_t>(reason);
   for (const auto& [id, method] : std::exchange(methods_, {})) {
-    wtp_.abort(method.handle, code, now);
+    wtp_.abandon(method.handle, code, now);
     say(Event::Kind::methodAbortIndication, code).id = id;
   }
   for (const auto& [id, push] : std::exchange(pushes_, {})) {
-    wtp_.abort(push.handle, code, now);
+    wtp_.abandon(push.handle, code, now);
     say(Event::Kind::pushAbortIndication, code).id = id;
   }
 }
@@ -312,7 +312,7 @@ bool Client::stepMethod(Exchanges::iterator method, Trigger trigger, const Occas
     wtp_.respondResult(exchange.handle, occasion.octets, occasion.now);
   }
   if ((row->actions & act::kAbort) != 0) {
-    wtp_.abort(exchange.handle, static_cast<std::uint8_t>(row->abort), occasion.now);
+    wtp_.abandon(exchange.handle, static_cast<std::uint8_t>(row->abort), occasion.now);
   }
   if ((row->actions & act::kConfirm) != 0) say(Event::Kind::methodInvokeConfirm, 0).id = id;
   if ((row->actions & act::kIndicateAbort) != 0) {
@@ -337,7 +337,7 @@ bool Client::stepPush(Exchanges::iterator push, Trigger trigger, const Occasion&
   if ((row->actions & act::kRespond) != 0) {
     wtp_.respondInvoke(exchange.handle, occasion.octets, occasion.now);
   }
-  if ((row->actions & act::kAbort) != 0) wtp_.abort(exchange.handle, occasion.code, occasion.now);
+  if ((row->actions & act::kAbort) != 0) wtp_.abandon(exchange.handle, occasion.code, occasion.now);
   if ((row->actions & act::kIndicateAbort) != 0) {
     say(Event::Kind::pushAbortIndication,
         row->say == Reason::fromEvent ? occasion.code : static_cast<std::uint8_t>(row->say))
@@ -381,11 +381,11 @@ void Client::handleInvoke(const wtp::Event& event, TimePoint now) {
   const bool reliable = event.transactionClass == wtp::Class::reliablePush;
   // Only the server of the session speaks in it; anybody else has no session here.
   if (event.peer != server_ && state_ != State::null) {
-    if (reliable) wtp_.abort(event.handle, static_cast<std::uint8_t>(Reason::disconnect), now);
+    if (reliable) wtp_.abandon(event.handle, static_cast<std::uint8_t>(Reason::disconnect), now);
     return;
   }
   if (state_ != State::null && tooLarge(event.data.size())) {
-    if (reliable) wtp_.abort(event.handle, static_cast<std::uint8_t>(Reason::mruExceeded), now);
+    if (reliable) wtp_.abandon(event.handle, static_cast<std::uint8_t>(Reason::mruExceeded), now);
     return;
   }
   const auto pdu = decodeServerPdu(event.data);

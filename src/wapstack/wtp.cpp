@@ -107,9 +107,9 @@ Refusal Endpoint::sendResult(Handle handle, std::vector<std::uint8_t> data, Time
   });
 }
 
-Refusal Endpoint::abort(Handle handle, std::uint8_t reason, TimePoint now) {
+Refusal Endpoint::abandon(Handle handle, std::uint8_t reason, TimePoint now) {
   return apply(handle, [&](Transaction& transaction) {
-    return unlessTaken(transaction.abort(reason, now));
+    return unlessTaken(transaction.abandon(reason, now));
   });
 }
 

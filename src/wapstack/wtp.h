@@ -53,7 +53,7 @@ class Endpoint {
   /// TR-Result.res; exit information goes out with the last Ack.
   Refusal respondResult(Handle handle, Octets exitInfo, TimePoint now);
   /// TR-Abort.req; no event follows.
-  Refusal abort(Handle handle, std::uint8_t reason, TimePoint now);
+  Refusal abandon(Handle handle, std::uint8_t reason, TimePoint now);
 
   void receive(const WdpAddress& peer, Octets datagram, TimePoint now);
   void onTimer(TimePoint now);

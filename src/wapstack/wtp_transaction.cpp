@@ -176,7 +176,7 @@ bool Transaction::sendResult(SegmentSender message, TimePoint now) {
   return step(Trigger::resultRequest, 0, nullptr, now);
 }
 
-bool Transaction::abort(std::uint8_t reason, TimePoint now) {
+bool Transaction::abandon(std::uint8_t reason, TimePoint now) {
   userReason_ = reason;
   return step(Trigger::abortRequest, 0, nullptr, now);
 }

@@ -81,7 +81,7 @@ class Transaction {
   /// The user's answers; false in a state that has no use for them.
   bool respond(Trigger response, Octets exitInfo, TimePoint now);
   bool sendResult(SegmentSender message, TimePoint now);
-  bool abort(std::uint8_t reason, TimePoint now);
+  bool abandon(std::uint8_t reason, TimePoint now);
   /// False when one of both sides takes no segments.
   [[nodiscard]] bool mayBeSegmented() const noexcept {
     return !whole_ && shared_->settings.segmentation;

@@ -159,7 +159,7 @@ class ScriptRun : public ScriptPlayer<Endpoint> {
     } else if (verb == "thank") {
       note(engine_.respondResult(handle_, hex(rest), now_));
     } else if (verb == "abort") {
-      note(engine_.abort(handle_, hex(rest).at(0), now_));
+      note(engine_.abandon(handle_, hex(rest).at(0), now_));
     } else {
       return false;
     }

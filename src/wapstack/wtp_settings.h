@@ -52,7 +52,9 @@ struct Settings {
 
   std::size_t segmentOctets = 1400;         ///< user data in one packet
   std::size_t maxGroupSegments = 16;        ///< groups grow from one packet up to this
-  std::size_t maxMessage = kMaxReassembly;  ///< octets of the largest message accepted
+  std::size_t maxMessage = kMaxReassembly;  ///< octets of the largest result accepted
+  /// The same of an invoke: anybody may send one, so that kMaxPeerTransactions of them add up.
+  std::size_t maxInvoke = 64u << 10;
   bool segmentation = true;   ///< messages may be sent and received in several packets
   bool acceptClass2 = false;  ///< answer class 2 invokes: servers only
 };

@@ -56,7 +56,8 @@ Transaction::Transaction(Role role, Handle handle, const WdpAddress& peer, std::
       tid_(tid),
       terms_(terms),
       shared_(&shared),
-      in_(std::min(shared.settings.maxMessage, kMaxReassembly)) {}
+      in_(std::min(role == Role::initiator ? shared.settings.maxMessage : shared.settings.maxInvoke,
+                   kMaxReassembly)) {}
 
 void Transaction::invoke(SegmentSender message, TimePoint now) {
   out_ = std::move(message);

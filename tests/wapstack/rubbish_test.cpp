@@ -85,7 +85,7 @@ TEST(WapRubbish, AnEndpointComesToAnEnd) {
     Rubbish rubbish(seed);
     wtp::Settings settings;
     settings.segmentOctets = 4;
-    settings.maxMessage = 64;
+    settings.maxMessage = settings.maxInvoke = 64;
     settings.acceptClass2 = seed % 2 == 0;
     wtp::Endpoint endpoint(settings, 1);
     TimePoint now;

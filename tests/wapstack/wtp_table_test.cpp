@@ -22,7 +22,7 @@ Settings settingsOf(const Script& script) {
   Settings settings;
   settings.segmentOctets = 4;
   settings.acceptClass2 = true;
-  settings.maxMessage = 40;
+  settings.maxMessage = settings.maxInvoke = 40;
   if (script.adjust != nullptr) script.adjust(settings);
   return settings;
 }

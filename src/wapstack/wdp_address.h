@@ -1,0 +1,22 @@
+// The address of a WDP peer on a bearer that routes IP: an IP address and a UDP port.
+#ifndef MMSBRIX_WAPSTACK_WDP_ADDRESS_H
+#define MMSBRIX_WAPSTACK_WDP_ADDRESS_H
+
+#include <array>
+#include <compare>
+#include <cstdint>
+
+namespace mmsbrix {
+
+/// An IPv4 or IPv6 address in network order with its port; compares as a value.
+struct WdpAddress {
+  std::array<std::uint8_t, 16> octets{};  ///< the first `size` are the address, the rest stay zero
+  std::uint8_t size = 4;                  ///< 4 or 16
+  std::uint16_t port = 0;
+
+  auto operator<=>(const WdpAddress&) const = default;
+};
+
+}  // namespace mmsbrix
+
+#endif  // MMSBRIX_WAPSTACK_WDP_ADDRESS_H

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "wsp/header_table.h"
 #include "wsp/header_walker.h"
 #include "wsp/wap_mms_shared.h"
 #include "wsp/wsp_assigned_headers.h"
@@ -12,7 +13,6 @@ namespace {
 
 using namespace WapAssignments;
 
-constexpr std::string_view kOctetStream = "application/octet-stream";
 constexpr std::uint32_t kFirstRegisteredType = 0x201;
 
 // Indexed by number.
@@ -91,7 +91,10 @@ bool readNumber(Reader& in, MediaTypeNames mediaTypes, ParameterKind kind, std::
   } else if (kind == ParameterKind::media) {
     name = mediaTypes(*number);
   } else if (kind == ParameterKind::fieldName) {
-    name = nameIn(kHeaders, *number);
+    const WapStack::HeaderRow* row = *number < kShortIntegerBit
+                                         ? WapStack::findHeader(static_cast<std::size_t>(*number))
+                                         : nullptr;
+    if (row != nullptr) name = row->name;
   }
   out = name.empty() ? std::to_string(*number) : std::string(name);
   return true;

@@ -16,6 +16,9 @@ namespace mmsbrix {
 
 inline constexpr std::uint8_t kAnyCharsetOctet = 0x80;  ///< Any-charset, no MIBenum
 
+/// The media type that some relays send without its terminating zero.
+inline constexpr std::string_view kOctetStream = "application/octet-stream";
+
 /// How the value of a parameter is coded.
 enum class ParameterKind : std::uint8_t {
   qValue,

@@ -4,6 +4,7 @@
 
 #include "wsp/header_table.h"
 #include "wsp/wsp_header_coding.h"
+#include "wsp/wsp_header_reports.h"
 
 namespace WapStack {
 namespace {
@@ -34,10 +35,29 @@ bool enter(Reader& in) noexcept {
   return length && *length == in.left();
 }
 
-std::optional<std::string_view> takeText(Reader& in) noexcept {
+std::optional<std::string_view> takeText(Reader& in) {
   const auto first = in.peekOctet();
   if (!first || !mmsbrix::opensTextString(*first) || !mmsbrix::zeroAhead(in)) return std::nullopt;
+  if (*first == mmsbrix::kTextQuote && in.peek(2, 1).front() < mmsbrix::kShortIntegerBit) {
+    failAssertion(TextString(), "quote octet ahead of a character below 128");
+    return std::nullopt;
+  }
   return mmsbrix::readTextString(in);
+}
+
+bool fitsTextString(std::string_view text) noexcept {
+  if (text.empty()) return true;
+  const auto first = static_cast<std::uint8_t>(text.front());
+  const bool opens = first >= mmsbrix::kShortIntegerBit ||
+                     (first != mmsbrix::kTextQuote && mmsbrix::opensTextString(first));
+  return opens && text.find('\0') == std::string_view::npos;
+}
+
+std::string_view withoutMarks(std::string_view text) noexcept {
+  while (text.size() > 1 && text.starts_with('"') && text.ends_with('"')) {
+    text = text.substr(1, text.size() - 2);
+  }
+  return text;
 }
 
 bool writeToken(std::string_view token, Writer& out) {
@@ -100,11 +120,12 @@ bool readName(Reader& in, const Vocabulary& names, std::string& text) {
   return number && names.nameOf(*number, text);
 }
 
-bool writeMediaType(std::string_view mediaType, Version version, Writer& out) {
+bool writeMediaType(std::string_view mediaType, MediaNumbers numbers, Version version,
+                    Writer& out) {
   if (!beginsText(mediaType)) return false;
   auto number = codeUpTo(kContentTypes, mediaType, version);
   if (!number) number = codeUpTo(kRegisteredContentTypes, mediaType, version);
-  if (number) {
+  if (number && (numbers == MediaNumbers::all || *number < mmsbrix::kShortIntegerBit)) {
     mmsbrix::writeInteger(out, *number);
   } else {
     mmsbrix::writeTokenText(out, mediaType);

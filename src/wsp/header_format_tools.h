@@ -28,8 +28,13 @@ namespace WapStack {
 }
 /// Moves `in` inside the value-length ahead; false when there is none or it is not all of `in`.
 [[nodiscard]] bool enter(Reader& in) noexcept;
-/// Reads a text-string, also an empty one; nothing when none with its zero is ahead.
-[[nodiscard]] std::optional<std::string_view> takeText(Reader& in) noexcept;
+/// Reads a text-string, also an empty one; nothing when none with its zero is ahead, or one with a
+/// quote octet that quotes nothing, which is reported.
+[[nodiscard]] std::optional<std::string_view> takeText(Reader& in);
+/// True for a text that `takeText` reads back as it is.
+[[nodiscard]] bool fitsTextString(std::string_view text) noexcept;
+/// The text without the pairs of quotation marks around it.
+[[nodiscard]] std::string_view withoutMarks(std::string_view text) noexcept;
 /// Writes what `body` writes behind its length; false when `body` says so.
 template <class Body>
 bool writeInside(Writer& out, Body&& body) {
@@ -61,9 +66,12 @@ struct Vocabulary {
 /// Reads a number or a text as a name of the vocabulary.
 bool readName(Reader& in, const Vocabulary& names, std::string& text);
 
+/// How the number of a media type may stand: in any octets, or in a constrained-encoding, which has
+/// short-integers only.
+enum class MediaNumbers { all, constrained };
 /// Writes a media type as its number up to `version`, else as text; false for a text that is none.
-/// [WAP-230 8.4.2.24]
-bool writeMediaType(std::string_view mediaType, Version version, Writer& out);
+/// [WAP-230 8.4.2.7, 8.4.2.24]
+bool writeMediaType(std::string_view mediaType, MediaNumbers numbers, Version version, Writer& out);
 
 /// True for the text of a quality below 1 that the wire can hold; of 1, which is not sent.
 [[nodiscard]] bool isQuality(std::string_view text) noexcept;

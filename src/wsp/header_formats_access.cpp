@@ -68,10 +68,13 @@ bool decodeCredentials(Reader& in, std::string& text) {
 bool writeBasic(std::string_view encoded, Writer& out) {
   const auto pair = mmsbrix::fromBase64(encoded);
   const std::size_t colon = pair ? pair->find(':') : std::string::npos;
-  if (colon == std::string::npos || pair->find('\0') != std::string::npos) return false;
+  if (colon == std::string::npos) return false;
+  const std::string_view user = std::string_view(*pair).substr(0, colon);
+  const std::string_view password = std::string_view(*pair).substr(colon + 1);
+  if (!fitsTextString(user) || !fitsTextString(password)) return false;
   out.octet(kBasicOctet);
-  mmsbrix::writeTextString(out, std::string_view(*pair).substr(0, colon));
-  mmsbrix::writeTextString(out, std::string_view(*pair).substr(colon + 1));
+  mmsbrix::writeTextString(out, user);
+  mmsbrix::writeTextString(out, password);
   return !out.failed();
 }
 
@@ -150,6 +153,9 @@ constexpr std::string_view kNoVersion = "0";
 bool isNoVersion(std::string_view version) noexcept {
   return version.empty() || version == kNoVersion || version == "0.0";
 }
+void writeCookieVersion(std::string_view version, Writer& out) {
+  writeVersion(isNoVersion(version) ? kNoVersion : version, out);
+}
 
 bool decodeSetCookie(Reader& in, std::string& text) {
   std::string version;
@@ -171,11 +177,12 @@ bool encodeSetCookie(std::string_view text, Version version, Writer& out) {
   if (!cookie || !parameters) return false;
   const TextParameter* cookieVersion = nullptr;
   for (const TextParameter& parameter : *parameters) {
-    if (mmsbrix::equalsIgnoringCase(parameter.name, kVersionName)) cookieVersion = &parameter;
+    if (!mmsbrix::equalsIgnoringCase(parameter.name, kVersionName)) continue;
+    if (cookieVersion != nullptr) return false;  // the wire has one
+    cookieVersion = &parameter;
   }
   return writeInside(out, [&] {
-    writeVersion(cookieVersion != nullptr ? cookieVersion->plainValue() : std::string(kNoVersion),
-                 out);
+    writeCookieVersion(cookieVersion != nullptr ? cookieVersion->plainValue() : std::string(), out);
     mmsbrix::writeTextString(out, cookie->name);
     mmsbrix::writeTextString(out, cookie->value);
     return writeParameters(*parameters, cookieVersion, version, out);
@@ -214,7 +221,7 @@ bool encodeCookie(std::string_view text, Version /*version*/, Writer& out) {
   if (!pair) return false;
   return writeInside(out, [&] {
     const bool versioned = mmsbrix::equalsIgnoringCase(pair->name, kCookieVersion);
-    writeVersion(versioned ? plain(pair->value) : std::string(kNoVersion), out);
+    writeCookieVersion(versioned ? plain(pair->value) : std::string(), out);
     if (versioned) pair = takeCookiePair(words);
     while (pair) {
       const CookiePair cookie = *pair;

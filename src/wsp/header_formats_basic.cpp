@@ -24,20 +24,30 @@ bool encodeText(std::string_view text, Version /*version*/, Writer& out) {
 }
 
 bool decodeQuotedText(Reader& in, std::string& text) {
-  // Tolerance: without the mark that opens it, as some relays write Content-ID.
-  const bool marked = in.peekOctet() == mmsbrix::kStringQuote;
-  if (marked) in.skip(1);
-  const auto inside = takeText(in);
-  text = inside.value_or("");
-  // The closing mark stands where the value went out as the text that HTTP writes.
-  if (marked && text.ends_with('"')) text.pop_back();
-  return inside.has_value();
+  if (in.peekOctet() != mmsbrix::kStringQuote) {
+    // Tolerance: without the mark that opens it, as some relays write Content-ID.
+    const auto unmarked = takeText(in);
+    text = unmarked.value_or("");
+    return unmarked.has_value();
+  }
+  in.skip(1);
+  if (!mmsbrix::zeroAhead(in)) return false;
+  // Behind the mark no octet needs a quote; tolerance: with one all the same.
+  text = mmsbrix::readTextString(in);
+  // Tolerance: some relays write the mark that closes it as well.
+  if (text.ends_with('"')) text.pop_back();
+  return true;
 }
 
 bool encodeQuotedText(std::string_view text, Version /*version*/, Writer& out) {
-  const bool marked = text.size() > 1 && text.starts_with('"') && text.ends_with('"');
-  out.octet(mmsbrix::kStringQuote);
-  mmsbrix::writeTextString(out, marked ? text.substr(1, text.size() - 2) : text);
+  const std::string_view inside = withoutMarks(text);
+  if (!inside.empty()) {
+    out.octet(mmsbrix::kStringQuote);
+    out.append(inside);
+    // A mark of the text itself at its end must not be taken for the one that closes it.
+    if (inside.ends_with('"')) out.octet(mmsbrix::kStringQuote);
+  }
+  out.octet(0);
   return !out.failed();
 }
 

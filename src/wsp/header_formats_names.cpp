@@ -168,7 +168,7 @@ bool encodeMedia(std::string_view text, Version version, Writer& out) {
     return !out.failed();
   }
   const std::size_t begin = out.size();
-  if (!writeMediaType(parts->head, version, out)) return false;
+  if (!writeMediaType(parts->head, MediaNumbers::all, version, out)) return false;
   const std::size_t end = out.size();
   const bool longNumber = out.written()[begin] < mmsbrix::kLengthQuote;
   for (const auto& parameter : parts->parameters) {

@@ -31,15 +31,16 @@ bool decodePragma(Reader& in, std::string& text) {
 }
 
 bool encodePragma(std::string_view text, Version version, Writer& out) {
-  if (mmsbrix::equalsIgnoringCase(text, kNoCache)) {
+  const auto parameters = mmsbrix::splitParameters(text, ';');
+  if (!parameters || parameters->size() != 1) return false;
+  const mmsbrix::TextParameter& only = parameters->front();
+  if (!only.hasValue && mmsbrix::equalsIgnoringCase(only.name, kNoCache)) {
     mmsbrix::writeShortInteger(out, 0);
     return !out.failed();
   }
-  const auto parameters = mmsbrix::splitParameters(text, ';');
-  if (!parameters || parameters->size() != 1) return false;
   return writeInside(out, [&] {
     const std::size_t begin = out.size();
-    return writeParameter(parameters->front(), version, out) && out.size() > begin;
+    return writeParameter(only, version, out) && out.size() > begin;
   });
 }
 
@@ -49,14 +50,16 @@ bool decodeExpect(Reader& in, std::string& text) {
 }
 
 bool encodeExpect(std::string_view text, Version version, Writer& out) {
-  if (const auto number = kExpectations.numberOf(text)) {
+  const auto parameters = mmsbrix::splitParameters(text, ';');
+  if (!parameters || parameters->empty()) return false;
+  const mmsbrix::TextParameter& first = parameters->front();
+  const auto number = kExpectations.numberOf(first.name);
+  if (number && !first.hasValue && parameters->size() == 1) {
     mmsbrix::writeInteger(out, *number);
     return !out.failed();
   }
-  const auto parameters = mmsbrix::splitParameters(text, ';');
-  if (!parameters || parameters->empty()) return false;
   return writeInside(out, [&] {
-    if (!writeNamedParameter(parameters->front(), out)) return false;
+    if (!writeNamedParameter(first, out)) return false;
     return std::all_of(parameters->begin() + 1, parameters->end(), [&](const auto& parameter) {
       return writeParameter(parameter, version, out);
     });

@@ -40,9 +40,15 @@ std::optional<std::uint32_t> numberOf(const TextParameter& parameter, Version ve
 
 // No-value, token-text or quoted-string: fits in the place of any value.
 void writeTextValue(const TextParameter& parameter, Writer& out) {
-  if (parameter.hasValue && (parameter.isQuoted || !mmsbrix::isToken(parameter.value))) {
-    out.octet(mmsbrix::kStringQuote);
+  const bool isBareText = !parameter.isQuoted && !mmsbrix::isToken(parameter.value);
+  if (parameter.hasValue && isBareText) {
+    // In a quoted-string a backslash is an escape, which it is not outside of one.
+    std::string marked = mmsbrix::quoted(parameter.value);
+    marked.pop_back();
+    mmsbrix::writeTokenText(out, marked);
+    return;
   }
+  if (parameter.isQuoted) out.octet(mmsbrix::kStringQuote);
   mmsbrix::writeTokenText(out, parameter.value);
 }
 
@@ -67,7 +73,8 @@ bool writeTyped(ParameterKind kind, const TextParameter& parameter, Version vers
       }
       return false;
     case ParameterKind::version:
-      if (parameter.isQuoted || !isText) return false;
+      // Any other text would read back as a quoted one.
+      if (parameter.isQuoted || !isText || !mmsbrix::isToken(plain)) return false;
       writeVersion(plain, out);
       return true;
     case ParameterKind::untyped:
@@ -76,7 +83,7 @@ bool writeTyped(ParameterKind kind, const TextParameter& parameter, Version vers
     case ParameterKind::shortInteger:
       return writeNumber(0x7F, parameter, out);
     case ParameterKind::media:
-      return isText && writeMediaType(plain, version, out);
+      return isText && writeMediaType(plain, MediaNumbers::constrained, version, out);
     case ParameterKind::text:
       if (isText) mmsbrix::writeTextString(out, plain);
       return isText;

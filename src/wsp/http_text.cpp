@@ -24,7 +24,7 @@ std::size_t quotedLength(std::string_view text) noexcept {
 bool beginsChallenge(std::string_view element) noexcept {
   TextScanner in(element);
   const std::string_view scheme = in.word("=");
-  return isToken(scheme) && !in.atEnd() && in.rest().front() != '=';
+  return isToken(scheme) && (in.atEnd() || in.rest().front() != '=');
 }
 
 }  // namespace
@@ -245,6 +245,7 @@ std::optional<std::string> fromBase64(std::string_view text) {
     group = 0;
   }
   octets.resize(octets.size() - padding);
+  if (toBase64(asOctets(octets)) != text) return std::nullopt;  // bits that stand for nothing
   return octets;
 }
 

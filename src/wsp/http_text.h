@@ -86,11 +86,11 @@ struct ParameterisedText {
 /// separate nothing.
 [[nodiscard]] std::vector<std::string_view> splitList(std::string_view text);
 /// The same for challenges, whose own parameters are separated by commas: an element that does not
-/// begin with a scheme and a blank belongs to the one before.
+/// begin with a scheme, alone or with a blank behind it, belongs to the one before.
 [[nodiscard]] std::vector<std::string_view> splitChallenges(std::string_view text);
 
 [[nodiscard]] std::string toBase64(Octets octets);
-/// The octets of a base64 text with its padding; nothing for any other text.
+/// The octets of a base64 text with its padding; nothing for a text that `toBase64` never gives.
 [[nodiscard]] std::optional<std::string> fromBase64(std::string_view text);
 
 }  // namespace mmsbrix

@@ -1,7 +1,9 @@
 #include "wsp/multipart_entries.h"
 
+#include <algorithm>
 #include <limits>
 
+#include "wsp/content_type_reader.h"
 #include "wsp/report.h"
 #include "wsp/wap_mms_shared.h"
 
@@ -15,16 +17,28 @@ using mmsbrix::Writer;
 constexpr std::string_view kSource = "multipart_entries";
 constexpr WapAssignments::Version kLastCounting = WapAssignments::kVersion13;
 
+// Octets of the content type that an entry begins with.  A text that goes on to its zero is one
+// whole name, also where it begins like the one that may come without its zero.
+std::size_t entryTypeSize(const Reader& in) noexcept {
+  const std::size_t size = mmsbrix::fieldSize(in);
+  const std::size_t tolerated = mmsbrix::contentTypeSize(in);
+  if (size == tolerated || size > in.left()) return tolerated;
+  const std::string_view text = mmsbrix::asText(in.rest().first(size - 1));
+  const bool isName = std::ranges::all_of(
+      text, [](char character) { return character >= ' ' && character < 0x7F; });
+  return isName ? size : tolerated;
+}
+
 }  // namespace
 
 MultipartEntry::MultipartEntry(std::string_view contentType, Octets data)
     : contentType_(contentType), data_(data.begin(), data.end()) {}
 
-std::optional<MultipartEntryList> MultipartEntry::open() const {
+std::optional<MultipartEntryList> MultipartEntry::open(WapAssignments::Version sender) const {
   if (!contentType_.isMultipart()) return std::nullopt;
   MultipartEntryList inside;
   Reader in{Octets(data_)};
-  inside.decodeFromFrame(in);
+  if (!inside.decodeFromFrame(in, sender)) return std::nullopt;
   return inside;
 }
 
@@ -44,11 +58,18 @@ bool MultipartEntry::encodeToFrame(Writer& out,
 }
 
 bool MultipartEntry::decode(const mmsbrix::MultipartItem& item) {
-  Reader contentType(item.contentType);
+  // Both are one stretch of octets; where the type ends is for this layer to say.
+  Reader headers(Octets(item.contentType.data(), item.contentType.size() + item.headers.size()));
+  const Octets type = headers.take(std::min(entryTypeSize(headers), headers.left()));
   contentType_.setText({});
-  if (!contentType.atEnd()) contentType_.decodeFromFrame(contentType);
+  Reader contentType(type);
+  const bool endless = mmsbrix::asText(type) == mmsbrix::kOctetStream;
+  if (endless) {
+    contentType_.setText(mmsbrix::asText(type));
+  } else if (!type.empty()) {
+    contentType_.decodeFromFrame(contentType);
+  }
   headers_.clear();
-  Reader headers(item.headers);
   headers_.decodeFromFrame(headers);
   data_.assign(item.data.begin(), item.data.end());
   const bool cut = item.contentType.size() + item.headers.size() < item.statedHeaders ||

@@ -30,8 +30,10 @@ class MultipartEntry {
   [[nodiscard]] const WapStack::Message_header& headers() const noexcept { return headers_; }
   [[nodiscard]] const std::vector<std::uint8_t>& data() const noexcept { return data_; }
 
-  /// The entries inside, when the content type says that the data is a multipart body.
-  [[nodiscard]] std::optional<MultipartEntryList> open() const;
+  /// The entries inside, when the content type says that the data is a multipart body; nothing also
+  /// for a body that cannot be read to its end.  The sender's version is that of the list.
+  [[nodiscard]] std::optional<MultipartEntryList> open(
+      WapAssignments::Version sender = WapAssignments::kVersion12) const;
 
   /// Appends lengths, content type, headers and data.
   bool encodeToFrame(mmsbrix::Writer& out, const WapStack::HeaderEncodingFilter& filter) const;

@@ -1,5 +1,6 @@
 #include "wsp/wsp_header_filter.h"
 
+#include "platform/ascii.h"
 #include "wsp/header_format_tools.h"
 
 namespace WapStack {
@@ -26,13 +27,16 @@ std::string DefaultCodePage::nameOf(std::uint8_t code) const {
 
 std::optional<std::uint8_t> DefaultCodePage::codeOf(std::string_view name,
                                                     const HeaderEncodingFilter& filter) const {
-  if (const HeaderRow* row = chooseHeader(name, filter.version())) {
-    if (!filter.allowsHeader(row->code) || !filter.allowsPage(number())) return std::nullopt;
-    return row->code;
+  const HeaderRow* chosen = nullptr;
+  for (const HeaderRow& row : kHeaderTable) {
+    if (row.from > filter.version() || !filter.allowsHeader(row.code)) continue;
+    if (!mmsbrix::equalsIgnoringCase(row.name, name)) continue;
+    if (chosen == nullptr || row.from >= chosen->from) chosen = &row;
   }
+  if (chosen != nullptr && filter.allowsPage(number())) return chosen->code;
   const auto code = CodePage::codeOf(name, filter);
   if (!code || findHeader(std::size_t{*code}) != nullptr) return std::nullopt;
-  return code;
+  return filter.allowsHeader(*code) ? code : std::nullopt;
 }
 
 std::unique_ptr<Wap_value> DefaultCodePage::valueOf(std::uint8_t code) const {

@@ -27,7 +27,8 @@ class HeaderEncodingFilter {
 
   [[nodiscard]] Version version() const noexcept { return version_; }
   void setVersion(Version version) noexcept { version_ = version; }
-  /// Lets a well-known header through or takes it out, by its code on the default page.
+  /// Lets a header through or takes it out, by its code on the default page.  Where an older code
+  /// of the same name is let through, that one is sent.
   void allowHeader(std::uint8_t code, bool allowed) noexcept {
     refused_.set(code & 0x7FU, !allowed);
   }

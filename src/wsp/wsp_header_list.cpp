@@ -23,15 +23,16 @@ std::string describe(const HeaderFault& fault) {
          std::to_string(fault.position) + " left out: " + fault.reason;
 }
 
-// Adds headers to a list, the repeated ones of a comma list to the first of them.
+// Adds headers to a list, the repeated ones of a comma list on page 1 to the first of them.
 class Collector {
  public:
   Collector(std::vector<Header>& headers, RepeatedHeaders repeated)
       : headers_(headers), repeated_(repeated) {}
 
   void add(Header header, const HeaderRow* row) {
-    const bool joinable = repeated_ == RepeatedHeaders::joined && row != nullptr &&
-                          row->list != ListRule::single && !header.value().empty();
+    const bool joinable = repeated_ == RepeatedHeaders::joined && header.page() == kDefaultPage &&
+                          row != nullptr && row->list != ListRule::single &&
+                          !header.value().empty();
     // All codes of a name lead to the same place, that of the first of them.
     const HeaderRow* group = joinable ? findHeader(row->name) : nullptr;
     if (group == nullptr) return headers_.push_back(std::move(header));
@@ -61,6 +62,12 @@ std::optional<Header> decodeHeader(const HeaderItem& item, const CodePage& page,
     value = isText ? std::make_unique<Wap_value>() : page.valueOf(item.code);
   }
   Reader in(item.value);
+  if (isText && value->row() != nullptr && value->row()->format.readsTexts && textAhead(in)) {
+    // Behind a textual name the marks are those of HTTP, which come as a pair.
+    const auto text = takeText(in);
+    if (!text || !mmsbrix::isHeaderText(*text)) return std::nullopt;
+    return Header(item.name, withoutMarks(*text));
+  }
   if (!value->decodeFromFrame(in)) return std::nullopt;
   row = value->row();
   if (isText) return Header(item.name, value->getText());
@@ -92,21 +99,29 @@ std::string Header::print() const {
 bool Header::encodeInBinary(Writer& out, const CodePage& page,
                             const HeaderEncodingFilter& filter) const {
   const auto code = page.codeOf(name_, filter);
-  if (!code) return false;
+  // A value ends at its first zero, so what stands behind one would be lost.
+  if (!code || value_.find('\0') != std::string::npos) return false;
   const auto whole = page.valueOf(*code);
   whole->setText(value_);
   const auto element = page.valueOf(*code);
   element->setVersion(filter.version());
   for (const std::string_view text : whole->elements()) {
+    const std::size_t begin = out.size();
     element->setText(text);
     mmsbrix::writeShortInteger(out, *code);
-    if (!element->encodeToFrame(out)) return false;
+    if (element->encodeToFrame(out)) continue;
+    // Each challenge is one of its own, whatever stands beside it.
+    const bool isChallenge = whole->row() != nullptr && whole->row()->list == ListRule::challenges;
+    out.truncate(begin);
+    if (!isChallenge || !writeAsText(text, out)) return false;
   }
   return !out.failed();
 }
 
-bool Header::encodeAsText(Writer& out) const {
-  const std::string_view text = mmsbrix::trimmed(value_);
+bool Header::writeAsText(std::string_view value, Writer& out) const {
+  std::string_view text = mmsbrix::trimmed(value);
+  const HeaderRow* row = findHeader(name_);
+  if (row != nullptr && row->format.readsTexts) text = withoutMarks(text);
   if (name_.empty() || page_ != kDefaultPage) return false;
   if (!mmsbrix::isToken(name_) || !mmsbrix::isHeaderText(text)) return false;
   mmsbrix::writeTokenText(out, name_);
@@ -119,7 +134,7 @@ bool Header::encodeToFrame(Writer& out, const CodePage& page,
   const std::size_t begin = out.size();
   if (encodeInBinary(out, page, filter)) return true;
   out.truncate(begin);
-  if (encodeAsText(out)) return true;
+  if (writeAsText(value_, out)) return true;
   out.truncate(begin);
   return false;
 }

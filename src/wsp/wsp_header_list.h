@@ -36,7 +36,7 @@ class Header {
 
  private:
   bool encodeInBinary(Writer& out, const CodePage& page, const HeaderEncodingFilter& filter) const;
-  bool encodeAsText(Writer& out) const;
+  bool writeAsText(std::string_view value, Writer& out) const;
 
   std::string name_;
   std::string value_;

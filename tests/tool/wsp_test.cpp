@@ -39,6 +39,14 @@ TEST(WspCommand, NewerCodesGoOutAsTextForOlderPeers) {
   EXPECT_EQ(run({.input = old}), run({.input = recent}));
 }
 
+TEST(WspCommand, CredentialsAreShownOnRequestOnly) {
+  const std::string hex = "87 05 80 75 00 70 00";  // Basic, "u" and "p"
+  EXPECT_EQ(run({.input = hex}), "Authorization: Basic ***\n");
+  EXPECT_EQ(run({.input = hex, .secrets = true}), "Authorization: Basic dTpw\n");
+  EXPECT_EQ(run({.input = hex, .json = true}).find("dTpw"), std::string::npos);
+  EXPECT_NE(run({.input = hex, .json = true, .secrets = true}).find("dTpw"), std::string::npos);
+}
+
 TEST(WspCommand, WhatCannotBeReadIsNamedAndTheRestShown) {
   const std::string text = run({.input = "80 9E 92 85 83 99"}, "", 1);
   EXPECT_NE(text.find("Accept: image/jpeg\n"), std::string::npos) << text;

@@ -85,6 +85,9 @@ TEST(HeaderBlock, OddFormsAreReadForWhatTheyAre) {
       {"AC E3", "Warning", "199"},
       {"C0 '<a>' 00", "Content-ID", "<a>"},
       {"C0 22 '<a>' 22 00", "Content-ID", "<a>"},
+      {"C0 22 7F C3 A9 00", "Content-ID", "\xC3\xA9"},
+      {"'Content-ID' 00 22 '<a>' 22 00", "Content-ID", "<a>"},
+      {"'Content-ID' 00 '<a>' 22 00", "Content-ID", "<a>\""},
       {"AE 82", "Content-Disposition", "inline"},
       {"AE 06 'own' 00 88 00", "Content-Disposition", "own; Padding"},
       // A quoted-string where a text-string belongs, with and without its end.
@@ -152,6 +155,8 @@ TEST(HeaderBlock, AnUndecodableValueCostsThatHeaderOnly) {
                                                     "'X Foo' 00 'a' 00",
                                                     "95 'a' 0D 0A 'b' 00",
                                                     "C5 01 83",
+                                                    "A6 7F 'a' 00",
+                                                    "87 06 80 7F 'u' 00 'p' 00",
                                                     "B6 85"});
   for (const char* bad : kBad) {
     SCOPED_TRACE(bad);
@@ -225,6 +230,42 @@ TEST(HeaderBlock, TextsOfOtherSpellingMeanTheSame) {
   }
 }
 
+TEST(HeaderBlock, WhatWasReadIsWrittenAsItStood) {
+  const auto kFields = std::to_array<HeaderField>({
+      {"Accept", "text/html; Level=>1"},
+      {"Accept", "text/html; Level=1"},
+      {"Content-Type", "a/b; x=c\\"},
+      {"Content-Type", "a/b; x=c\\d"},
+      {"Content-Type", "a/b; Name=c\\"},
+      {"Content-ID", "a\""},
+      {"Content-ID", "\"a"},
+      {"Content-ID", "\"a\""},
+      {"Content-ID", "\"\"a\"\""},
+      {"Content-ID", "\"\""},
+      {"Content-ID", "\""},
+      {"Content-ID", "\"\"\""},
+      {"Pragma", "No-cache;"},
+      {"Expect", "100-continue;"},
+      {"Cookie", "$Version=\"\"; a=b"},
+      {"Cookie", "$Version=0.0; a=b"},
+      {"Set-Cookie", "a=b; Version=\"\""},
+      {"Set-Cookie", "a=b; Version=1; Version=2"},
+      {"Profile-Diff", "AwVqAAV="},
+      {"WWW-Authenticate", "Negotiate"},
+      {"WWW-Authenticate", "Digest nonce=x, Negotiate, Basic realm=\"a\""},
+  });
+  for (const HeaderField& field : kFields) {
+    for (const EncodingVersion version : {v11, v12, v13, v14, v15}) {
+      SCOPED_TRACE(field.name + ": " + field.value);
+      const auto first = encodeHeaderBlock({field}, version).octets;
+      const auto read = decodeHeaderBlock(first.data(), first.size());
+      EXPECT_TRUE(read.problems.empty());
+      EXPECT_EQ(toHex(encodeHeaderBlock(read.fields, version).octets), toHex(first));
+    }
+  }
+  EXPECT_EQ(encode({{"Accept", "text/html; Level=>1"}}), toHex(hex("80 06 82 82 22 '>1' 00")));
+}
+
 TEST(HeaderBlock, ListsAreJoinedWhereTheFirstElementStood) {
   const char* octets =
       "80 82 85 81 80 A0 'accept' 00 'a/b, c/d' 00 'X-Foo' 00 'a' 00 'X-Foo' 00 'b' 00";
@@ -263,9 +304,11 @@ TEST(HeaderBlock, WhatHasNoFormOnTheWireIsNamed) {
                                           {"X Foo", "x"},
                                           {"X-Foo", "a\r\nSet-Cookie: b"},
                                           {"Age", "\x01"},
+                                          {"Server", std::string("a\0b", 3)},
                                           {"Max-Forwards", "2"}});
   EXPECT_EQ(toHex(encoded.octets), "85 81 9E 82");
-  ASSERT_EQ(encoded.problems.size(), 4U);
+  ASSERT_EQ(encoded.problems.size(), 5U);
+  EXPECT_EQ(encoded.problems[4].name, "Server");
   EXPECT_EQ(encoded.problems[2].position, 3U);
   EXPECT_EQ(encoded.problems[2].name, "X-Foo");
 }

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -461,6 +463,28 @@ TEST(Dates, FieldsOutOfRangePrintAsError) {
   date.month = -1;
   EXPECT_EQ(dateText(date), "(error), 01 (error) 1970 00:00:00 GMT");
 }
+
+#if defined(__GXX_ABI_VERSION) && (defined(__x86_64__) || defined(__i386__))
+// A pointer to a virtual function holds 1 and the offset of its slot there.
+template <class Function>
+std::ptrdiff_t slotOf(Function function) {
+  std::ptrdiff_t offset = 0;
+  std::memcpy(&offset, &function, sizeof offset);
+  return (offset - 1) / static_cast<std::ptrdiff_t>(sizeof(void*));
+}
+
+TEST(Values, VirtualFunctionsKeepTheirOrder) {
+  // The destructor has the first two slots.
+  EXPECT_EQ(slotOf(&WapBase::isKind), 2);
+  EXPECT_EQ(slotOf(&WapBase::clone), 3);
+  EXPECT_EQ(slotOf(&WapBase::setText), 4);
+  EXPECT_EQ(slotOf(&WapBase::getText), 5);
+  EXPECT_EQ(slotOf(&WapBase::print), 6);
+  EXPECT_EQ(slotOf(&WapBase::encodeToFrame), 7);
+  EXPECT_EQ(slotOf(&WapBase::decodeFromFrame), 8);
+  EXPECT_EQ(slotOf(&WapBase::typeName), 9);
+}
+#endif
 
 }  // namespace
 }  // namespace WapStack

@@ -80,7 +80,24 @@ TEST(HeaderList, TheFilterSaysWhatIsBinary) {
             toHex(hex("'Age' 00 '1' 00 'Expect' 00 '100-continue' 00 'Server' 00 'x' 00")));
 }
 
-// A page of an application: its header 5 is named and holds what Age does.
+TEST(HeaderList, TheNewestCodeThatIsLetThroughIsSent) {
+  Message_header list;
+  list.add({"Cache-Control", "no-store"});
+  list.add({"0x4B", "x"});
+  HeaderEncodingFilter filter(WapAssignments::kVersion14);
+  filter.allowHeader(0x47, false);
+  Writer out;
+  EXPECT_TRUE(list.encodeToFrame(out, filter).empty());
+  EXPECT_EQ(toHex(out.written()), toHex(hex("BD 81 CB 'x' 00")));
+  filter.allowHeader(0x3D, false);
+  filter.allowHeader(0x4B, false);
+  Writer older;
+  EXPECT_TRUE(list.encodeToFrame(older, filter).empty());
+  EXPECT_EQ(toHex(older.written()), toHex(hex("88 81 '0x4B' 00 'x' 00")));
+}
+
+// A page of an application: its header 5 is named and holds what Age does, its header 7 a list like
+// Accept.
 class NamedPage : public CodePage {
  public:
   NamedPage() : CodePage(16) {}
@@ -92,9 +109,22 @@ class NamedPage : public CodePage {
     return name == "Lifetime" ? std::uint8_t{5} : CodePage::codeOf(name, filter);
   }
   std::unique_ptr<Wap_value> valueOf(std::uint8_t code) const override {
+    if (code == 7) return makeHeaderValue(0x00);
     return code == 5 ? makeHeaderValue(0x05) : CodePage::valueOf(code);
   }
 };
+
+TEST(HeaderList, ListsOfAnApplicationPageStayApart) {
+  Message_header list;
+  list.usePage(std::make_shared<NamedPage>());
+  const auto octets = hex("80 82 10 87 A0 87 82 01 80 A0");
+  Reader in{Octets(octets)};
+  EXPECT_TRUE(list.decodeFromFrame(in).empty());
+  ASSERT_EQ(list.headers().size(), 3U);
+  EXPECT_EQ(list.headers()[0].print(), "Accept: text/html, image/png");
+  EXPECT_EQ(list.headers()[1].print(), "0x07: image/png");
+  EXPECT_EQ(list.headers()[2].print(), "0x07: text/html");
+}
 
 TEST(HeaderList, AnApplicationCanNameTheHeadersOfItsPage) {
   Message_header list;
@@ -148,6 +178,46 @@ TEST(Multipart, EntriesAreReadAndWritten) {
   ASSERT_TRUE(opened && opened->entries().size() == 1);
   EXPECT_EQ(opened->entries()[0].contentType().getText(), "text/plain; Charset=utf-8");
   EXPECT_EQ(toHex(opened->entries()[0].data()), toHex(hex("'abc'")));
+}
+
+TEST(Multipart, AnOctetStreamNeedsNoZero) {
+  struct Case {
+    const char* octets;
+    const char* type;
+    std::size_t headers;
+  };
+  for (const Case& c : std::to_array<Case>({
+           {"01 18 01 'application/octet-stream' FF", "application/octet-stream", 0},
+           {"01 19 01 'application/octet-stream' 00 FF", "application/octet-stream", 0},
+           {"01 1B 01 'application/octet-stream' 8E 'a' 00 FF", "application/octet-stream", 1},
+           {"01 1A 01 'application/octet-stream2' 00 FF", "application/octet-stream2", 0},
+           {"01 1D 01 'application/octet-stream2' 00 8E 'a' 00 FF", "application/octet-stream2", 1},
+           {"01 0A 01 'image/jpeg' FF", "", 0},
+       })) {
+    const auto octets = hex(c.octets);
+    MultipartEntryList list;
+    Reader in{Octets(octets)};
+    EXPECT_TRUE(list.decodeFromFrame(in)) << c.octets;
+    ASSERT_EQ(list.entries().size(), 1U) << c.octets;
+    EXPECT_EQ(list.entries()[0].contentType().getText(), c.type);
+    EXPECT_EQ(list.entries()[0].headers().headers().size(), c.headers) << c.octets;
+    EXPECT_EQ(toHex(list.entries()[0].data()), "FF") << c.octets;
+  }
+  MultipartEntryList written;
+  written.add({"application/octet-stream2", Octets(hex("FF"))});
+  Writer out;
+  ASSERT_TRUE(written.encodeToFrame(out));
+  MultipartEntryList read;
+  Reader in(out.written());
+  ASSERT_TRUE(read.decodeFromFrame(in));
+  EXPECT_EQ(read.entries()[0].contentType().getText(), "application/octet-stream2");
+}
+
+TEST(Multipart, OpeningKnowsTheSenderAndFails) {
+  const MultipartEntry counted("multipart/mixed", Octets(hex("01 01 00 83 01 00 84")));
+  EXPECT_EQ(counted.open()->entries().size(), 1U);
+  EXPECT_EQ(counted.open(WapAssignments::kVersion14)->entries().size(), 2U);
+  EXPECT_FALSE(MultipartEntry("multipart/mixed", Octets(hex("01 01 05 83 'a'"))).open());
 }
 
 TEST(Multipart, TheCountIsTakenFromOldSendersOnly) {

@@ -71,6 +71,11 @@ int tellProblems(const std::vector<HeaderProblem>& problems, const char* what,
   return problems.empty() ? kDone : kFailed;
 }
 
+// "Name: value", credentials masked unless they are asked for.
+std::string lineOf(const HeaderField& field, bool secrets) {
+  return secrets ? field.name + ": " + field.value : printHeader(field);
+}
+
 int decode(const WspCommand& command, const Streams& streams) {
   std::string error;
   std::error_code ignored;
@@ -88,7 +93,8 @@ int decode(const WspCommand& command, const Streams& streams) {
   if (command.json) {
     Json list = Json::array();
     for (const HeaderField& field : decoded.fields) {
-      Json entry = {{"name", octetsJson(field.name)}, {"value", octetsJson(field.value)}};
+      const std::string value = lineOf(field, command.secrets).substr(field.name.size() + 2);
+      Json entry = {{"name", octetsJson(field.name)}, {"value", octetsJson(value)}};
       if (field.page != 1) entry["page"] = field.page;
       list.push_back(entry);
     }
@@ -96,7 +102,7 @@ int decode(const WspCommand& command, const Streams& streams) {
   } else {
     for (const HeaderField& field : decoded.fields) {
       if (field.page != 1) streams.out << "[page " << int{field.page} << "] ";
-      streams.out << printable(field.name) << ": " << printable(field.value) << '\n';
+      streams.out << printable(lineOf(field, command.secrets)) << '\n';
     }
   }
   return tellProblems(decoded.problems, "offset", streams);
@@ -171,13 +177,14 @@ CLI::App* addWsp(CLI::App& app, WspCommand& command) {
   wsp->require_subcommand(1);
   wsp->footer(
       "Examples:\n"
-      "  mmsbrix wsp decode '83 81 EA 8D 81'\n"
+      "  mmsbrix wsp decode '80 9E 83 99'\n"
       "  printf 'Accept: image/jpeg\\nAccept-Language: en\\n' | mmsbrix wsp encode -");
   CLI::App* decodeApp = wsp->add_subcommand("decode", "Print the headers in a block of octets");
   decodeApp->add_option("HEX|FILE", command.input, "Octets in hex, or a file with them, or -")
       ->required();
   decodeApp->add_flag("--json", command.json, "Print JSON");
   decodeApp->add_flag("--split", command.split, "Show list elements each as it travels");
+  decodeApp->add_flag("--secrets", command.secrets, "Show credentials instead of masking them");
   CLI::App* encodeApp = wsp->add_subcommand("encode", "Encode lines of 'Name: value'");
   encodeApp->add_option("FILE", command.input, "The lines, - for standard input")->required();
   encodeApp

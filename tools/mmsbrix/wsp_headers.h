@@ -15,7 +15,8 @@ struct WspCommand {
   std::string output{};  ///< octets go here instead of as hex to standard output
   std::string version = "1.2";
   bool json = false;
-  bool split = false;  ///< elements of comma lists each as it travels
+  bool split = false;    ///< elements of comma lists each as it travels
+  bool secrets = false;  ///< credentials are shown, not masked
   bool encode = false;
 };
 

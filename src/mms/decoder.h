@@ -12,9 +12,8 @@ namespace mmsbrix {
 /// is there; time is linear in the size.
 void decodeMessage(Octets pdu, CMMsg& message);
 
-/// Appends the entries of a multipart body, as far as they are there and the budget allows, to a part's
-/// children.
-/// [WAP-230 8.5]
+/// Appends the entries of a multipart body, as far as they are there and the budget allows, to a
+/// part's children. [WAP-230 8.5]
 void decodeMultipart(Octets body, CMMPart& root, ItemBudget& budget);
 
 }  // namespace mmsbrix

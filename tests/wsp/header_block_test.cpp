@@ -118,6 +118,27 @@ TEST(HeaderBlock, OddFormsAreReadForWhatTheyAre) {
   }
 }
 
+// No value, a text where a number is due, a number where a text is due, an empty and a foreign
+// length: the header is read or named as left out, and those around it stay.
+TEST(HeaderBlock, OddFormsOfEveryHeaderCostNoOther) {
+  const std::string before = "A9 'agent' 00 ";  // User-Agent
+  const std::string after = " 9C 'place' 00";   // Location
+  for (const auto& row : WapStack::kHeaderTable) {
+    if (row.code == 0x29 || row.code == 0x1C) continue;
+    for (const char* form :
+         {"00", "'odd text' 00", "22 'quoted' 00", "FF", "01 80", "03 FE 'xy'"}) {
+      const std::vector<std::uint8_t> code = {static_cast<std::uint8_t>(row.code | 0x80)};
+      const std::string octets = before + toHex(code) + ' ' + form + after;
+      SCOPED_TRACE(octets);
+      const DecodedHeaders decoded = decode(octets);
+      ASSERT_FALSE(decoded.fields.empty());
+      EXPECT_EQ(decoded.fields.front(), (HeaderField{"User-Agent", "agent"}));
+      EXPECT_EQ(decoded.fields.back(), (HeaderField{"Location", "place"}));
+      EXPECT_EQ(decoded.fields.size() + decoded.problems.size(), 3U);
+    }
+  }
+}
+
 TEST(HeaderBlock, AnUndecodableValueCostsThatHeaderOnly) {
   constexpr auto kBad = std::to_array<const char*>({"80 FF",
                                                     "83 02 01 8D",

@@ -123,6 +123,8 @@ TEST(DemoCommand, TheWholeWay) {
   EXPECT_EQ(tool::runDemo({folder.path("kept")}, caught.streams()), 0) << caught.err.str();
   EXPECT_NE(caught.out.str().find("accepted: 0x80 Ok"), std::string::npos);
   EXPECT_NE(caught.out.str().find("that were composed"), std::string::npos);
+  EXPECT_NE(caught.out.str().find("the same picture and sound"), std::string::npos);
+  EXPECT_NE(folder.get("kept/page.html").find("data:image/jpeg;base64,"), std::string::npos);
 }
 
 }  // namespace

@@ -4,8 +4,10 @@
 
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <ostream>
 #include <random>
 #include <string_view>
@@ -61,6 +63,23 @@ bool writeMedia(const DemoFolder& folder) {
     out.write(reinterpret_cast<const char*>(media.octets.data()),
               static_cast<std::streamsize>(media.octets.size()));
     if (!out.flush()) return false;
+  }
+  return true;
+}
+
+// The extracted picture and sound hold the octets of the samples.
+bool sameMedia(const DemoFolder& folder) {
+  for (const SampleMedia& media : sampleMedia()) {
+    if (media.name.ends_with(".txt")) continue;
+    const std::string name =
+        "extracted/MMSContent" + std::string(media.name.substr(media.name.rfind('.')));
+    std::ifstream in(folder.file(name), std::ios::binary);
+    const std::string got{std::istreambuf_iterator<char>(in), {}};
+    if (!std::ranges::equal(got, media.octets, [](char c, std::uint8_t octet) {
+          return static_cast<std::uint8_t>(c) == octet;
+        })) {
+      return false;
+    }
   }
   return true;
 }
@@ -138,6 +157,11 @@ int runDemo(const DemoCommand& command, const Streams& streams) {
   extract.file = exchange.file;
   extract.folder = folder.file("extracted");
   if (runExtract(extract, streams) != kDone) return kFailed;
+  if (!sameMedia(folder)) {
+    streams.err << "mmsbrix demo: what was extracted is not what was sent\n";
+    return kFailed;
+  }
+  streams.out << "extracted: the same picture and sound that were sent\n";
   const PreviewCommand preview{exchange.file, folder.file("page.html")};
   if (runPreview(preview, streams) != kDone) return kFailed;
   if (!command.keep.empty()) {

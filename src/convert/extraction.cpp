@@ -17,11 +17,6 @@
 namespace mmsbrix {
 namespace {
 
-/// Multiparts within each other that are taken apart; a deeper one is saved as it stands.
-constexpr unsigned kMaxNesting = 8;
-/// Files that one message may ask for.
-constexpr std::size_t kMaxFiles = 10000;
-
 bool isText(std::string_view mediaType) noexcept {
   return startsWithIgnoringCase(mediaType, "text/") ||
          equalsIgnoringCase(mediaType, "application/smil");
@@ -69,9 +64,9 @@ class Extractor {
 
   void extract(const CMMPart& part, unsigned nesting) {
     const bool hasChildren = part.ChildCount() > 0;
-    if (nesting < kMaxNesting && hasChildren) {
+    if (nesting < kMaxExtractedNesting && hasChildren) {
       for (unsigned i = 0; i < part.ChildCount(); ++i) extract(*part.Child(i), nesting + 1);
-    } else if (nesting < kMaxNesting && part.GetContent() != nullptr &&
+    } else if (nesting < kMaxExtractedNesting && part.GetContent() != nullptr &&
                namesMultipart(headerValue(part, kContentTypeName))) {
       CMMPart taken;
       decodeMultipart(octetsOf(part), taken, budget_);
@@ -86,18 +81,26 @@ class Extractor {
   }
 
   std::vector<ExtractedPart> result() { return std::move(parts_); }
+  void discard() noexcept { files_.discard(); }
 
  private:
   void save(const CMMPart& part) {
-    if (parts_.size() == kMaxFiles) return;
+    if (parts_.size() == kMaxExtractedFiles) return;
     ExtractedPart& row = parts_.emplace_back();
     row.mediaType = headerValue(part, kContentTypeName);
     row.contentId = headerValue(part, "Content-ID");
-    const std::string content =
-        options_.textToUtf8 && isText(row.mediaType) ? textContent(part) : decodedContent(part);
     const FileName name = nameOf(part, row.mediaType);
-    row.octets = content.size();
-    row.error = files_.write(folder_ + name.stem, name.extension, octetsOf(content), row.path);
+    const auto write = [&](std::span<const std::uint8_t> content) {
+      row.octets = content.size();
+      row.error = files_.write(folder_ + name.stem, name.extension, content, row.path);
+    };
+    if (options_.textToUtf8 && isText(row.mediaType)) {
+      write(octetsOf(textContent(part)));
+    } else if (headerOf(part, "Content-Transfer-Encoding") != nullptr) {
+      write(octetsOf(decodedContent(part)));
+    } else {
+      write(octetsOf(part));
+    }
   }
 
   std::string folder_;
@@ -127,7 +130,12 @@ std::string textContent(const CMMPart& part) {
 std::vector<ExtractedPart> extractParts(const CMMsg& message, const std::string& folder,
                                         const ExtractionOptions& options) {
   Extractor extractor(folder, options);
-  extractor.extract(*message.Content(), 0);
+  try {
+    extractor.extract(*message.Content(), 0);
+  } catch (...) {  // there is not enough memory
+    extractor.discard();
+    throw;
+  }
   return extractor.result();
 }
 

@@ -22,6 +22,11 @@ struct ExtractionOptions {
       false;  ///< save texts and presentations as UTF-8 instead of in their own charset
 };
 
+/// Multiparts within each other that are taken apart; a deeper one is saved as it stands.
+inline constexpr unsigned kMaxExtractedNesting = 8;
+/// Files that one message may ask for.
+inline constexpr std::size_t kMaxExtractedFiles = 10000;
+
 /// What became of a part.
 struct ExtractedPart {
   std::string mediaType;  ///< as stated, "" when it is not
@@ -35,7 +40,8 @@ struct ExtractedPart {
 /// A name comes from Content-Location, a `name` or `filename` parameter or the Content-ID, made
 /// harmless; without any it is "part".  Where it says nothing of the type an extension is added,
 /// and a number where the name is taken: nothing that exists is overwritten or followed.  Parts
-/// without content have no file.
+/// without content have no file.  Without enough memory std::bad_alloc is thrown, and no file is
+/// left.
 MMSBRIX_API std::vector<ExtractedPart> extractParts(const CMMsg& message, const std::string& folder,
                                                     const ExtractionOptions& options = {});
 

@@ -11,6 +11,7 @@
 #include "convert/sources.h"
 #include "platform/ascii.h"
 #include "platform/files.h"
+#include "platform/lack_of_memory.h"
 #include "platform/unicode.h"
 #include "smil/smilcodec.h"
 
@@ -49,6 +50,22 @@ class MediaSaver {
   MediaSaver(CMMsg& message, std::string folder)
       : message_(message), stem_(std::move(folder) + "MMSContent") {}
 
+  void saveAll(CSMILBody& body) {
+    try {
+      for (CSMILNode* slide = body.FirstElement(nullptr); slide != nullptr;
+           slide = body.NextElement(nullptr)) {
+        for (CSMILNode* node = slide->FirstElement(nullptr); node != nullptr;
+             node = slide->NextElement(nullptr)) {
+          if (auto* media = dynamic_cast<CSMILMedia*>(node)) save(*media);
+        }
+      }
+    } catch (...) {  // there is not enough memory
+      files_.discard();
+      throw;
+    }
+  }
+
+ private:
   void save(CSMILMedia& media) {
     const char* source = media.GetSrc();
     if (source == nullptr || written_ == kMaxMediaFiles) return;
@@ -72,7 +89,6 @@ class MediaSaver {
     media.PutSrc(path.c_str());
   }
 
- private:
   // In place, once in each extraction: a part that several elements show would double with each.
   void toUtf16(CMMPart& part) {
     constexpr int kMost = std::numeric_limits<int>::max() / 2 - 1;
@@ -94,19 +110,14 @@ class MediaSaver {
 
 int MMS_MMSToSmil(CMMsg* msg, CSMIL* smil, const char* dir, unsigned long flags) {
   if (msg == nullptr || smil == nullptr) return 0;
-  const CMMPart* presentation = mmsbrix::presentationPart(*msg);
-  if (presentation == nullptr || presentation->GetContent() == nullptr) return 0;
-  const auto* text = reinterpret_cast<const char*>(presentation->GetContent());
-  if (MMS_LoadSmilFromMemory(text, smil, flags) == 0) return 0;
-  CSMILBody* body = smil->GetBody();
-  if (body == nullptr) return 1;
-  mmsbrix::MediaSaver saver(*msg, dir != nullptr ? dir : mmsbrix::platform::temporaryFolder());
-  for (CSMILNode* slide = body->FirstElement(nullptr); slide != nullptr;
-       slide = body->NextElement(nullptr)) {
-    for (CSMILNode* node = slide->FirstElement(nullptr); node != nullptr;
-         node = slide->NextElement(nullptr)) {
-      if (auto* media = dynamic_cast<CSMILMedia*>(node)) saver.save(*media);
-    }
-  }
-  return 1;
+  return mmsbrix::orWithoutMemory(0, [&] {
+    const CMMPart* presentation = mmsbrix::presentationPart(*msg);
+    if (presentation == nullptr || presentation->GetContent() == nullptr) return 0;
+    const auto* text = reinterpret_cast<const char*>(presentation->GetContent());
+    mmsbrix::MediaSaver saver(*msg, dir != nullptr ? dir : mmsbrix::platform::temporaryFolder());
+    if (MMS_LoadSmilFromMemory(text, smil, flags) == 0) return 0;
+    CSMILBody* body = smil->GetBody();
+    if (body != nullptr) saver.saveAll(*body);
+    return 1;
+  });
 }

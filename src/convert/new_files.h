@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace mmsbrix {
 
@@ -17,10 +18,13 @@ class NewFiles {
   /// and sets `path`, or the error number.
   unsigned write(const std::string& stem, const std::string& extension,
                  std::span<const std::uint8_t> content, std::string& path);
+  /// Removes all that was written, where an extraction ends without a result.
+  void discard() noexcept;
 
  private:
   // The number to begin with, by the name without one: those below are taken already.
   std::unordered_map<std::string, unsigned> next_;
+  std::vector<std::string> written_;
 };
 
 }  // namespace mmsbrix

@@ -13,6 +13,7 @@
 #include "convert/sources.h"
 #include "convert/text_parts.h"
 #include "platform/ascii.h"
+#include "platform/lack_of_memory.h"
 #include "smil/writer.h"
 
 namespace mmsbrix {
@@ -213,18 +214,20 @@ class BodyBuilder {
 
 int MMS_SmilToMMS(CSMIL* smil, CMMsg* msg, unsigned long) {
   if (smil == nullptr || msg == nullptr) return 0;
-  CSMIL copy(*smil);
-  mmsbrix::BodyBuilder body;
-  // In document order, so that the parts stand in the order in which they are shown.
-  std::vector<CSMILNode*> open{&copy};
-  while (!open.empty()) {
-    CSMILNode* node = open.back();
-    open.pop_back();
-    if (auto* media = dynamic_cast<CSMILMedia*>(node); media != nullptr && !body.add(*media)) {
-      return 0;
+  return mmsbrix::orWithoutMemory(0, [&] {
+    CSMIL copy(*smil);
+    mmsbrix::BodyBuilder body;
+    // In document order, so that the parts stand in the order in which they are shown.
+    std::vector<CSMILNode*> open{&copy};
+    while (!open.empty()) {
+      CSMILNode* node = open.back();
+      open.pop_back();
+      if (auto* media = dynamic_cast<CSMILMedia*>(node); media != nullptr && !body.add(*media)) {
+        return 0;
+      }
+      for (unsigned i = node->ElementCount(); i > 0; --i) open.push_back(node->Element(i - 1));
     }
-    for (unsigned i = node->ElementCount(); i > 0; --i) open.push_back(node->Element(i - 1));
-  }
-  *msg->Content() = body.finish(copy);
-  return 1;
+    *msg->Content() = body.finish(copy);
+    return 1;
+  });
 }

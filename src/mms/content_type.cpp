@@ -1,5 +1,7 @@
 #include "mms/content_type.h"
 
+#include <array>
+
 #include "platform/ascii.h"
 #include "wsp/http_text.h"
 #include "wsp/wap_mms_shared.h"
@@ -18,10 +20,6 @@ constexpr int kTypeOfMultipart = 0x09;
 
 const AssignmentsBase& table(Kind kind) noexcept {
   return *getTable(kind);
-}
-
-std::string_view nameOrEmpty(const char* name) noexcept {
-  return name == nullptr ? std::string_view() : std::string_view(name);
 }
 
 std::string_view mediaTypeOf(std::uint64_t number) noexcept {
@@ -137,13 +135,22 @@ void writeParameter(Writer& out, const CMMParam& parameter, bool ofMultipart) {
   writeTextValue(out, value);
 }
 
+// Names and values from the tables are not copied.
+void keep(const Parameter& parameter, CMMParam& kept) {
+  if (parameter.code < 0) {
+    kept.Assign(parameter.name, parameter.value);
+  } else if (parameter.valueIsStatic) {
+    kept.Assign(StaticText{parameter.name}, StaticText{parameter.value});
+  } else {
+    kept.Assign(StaticText{parameter.name}, parameter.value);
+  }
+}
+
 // Adds the parameters to a header's list, those of numbers that are not assigned left out.
 void addParameters(Reader& in, CMMHdr& header, ItemBudget& budget) {
   Parameter parameter;
   while (readParameter(in, mediaTypeOf, parameter)) {
-    if (!parameter.name.empty() && budget.take()) {
-      header.Params()->AddNew()->Assign(parameter.name, parameter.value);
-    }
+    if (!parameter.name.empty() && budget.take()) keep(parameter, *header.Params()->AddNew());
   }
 }
 
@@ -171,11 +178,20 @@ constexpr auto kPartHeaderRows = std::to_array<PartHeaderRow>({
     {0x45, PartHeaderKind::disposition},  // Content-Disposition, 1.4
 });
 
+// Indexed by code, since every header of every part is looked up.
+constexpr auto kPartHeaderKinds = [] {
+  std::array<PartHeaderKind, 128> kinds{};
+  kinds.fill(PartHeaderKind::text);
+  for (const PartHeaderRow& row : kPartHeaderRows) kinds[row.code] = row.kind;
+  return kinds;
+}();
+
 constexpr PartHeaderKind partHeaderKind(int code) noexcept {
-  for (const PartHeaderRow& row : kPartHeaderRows) {
-    if (row.code == code) return row.kind;
-  }
-  return PartHeaderKind::text;
+  return kPartHeaderKinds[static_cast<std::size_t>(code & 0x7F)];
+}
+
+PartHeaderKind kindOf(const HeaderItem& item) noexcept {
+  return item.kind == HeaderItem::Kind::text ? PartHeaderKind::text : partHeaderKind(item.code);
 }
 
 // Value-length, then a token or text, then parameters.
@@ -197,6 +213,15 @@ bool readDisposition(Reader& in, CMMHdr& header, ItemBudget& budget) {
   return true;
 }
 
+// The name of a well-known header is not copied.
+void assign(CMMHdr& header, const HeaderItem& item, std::string_view name, std::string_view value) {
+  if (item.kind == HeaderItem::Kind::wellKnown) {
+    header.Assign(StaticText{name}, value);
+  } else {
+    header.Assign(name, value);
+  }
+}
+
 bool readNumericHeader(Reader& in, PartHeaderKind kind, std::string& value) {
   if (kind == PartHeaderKind::date) return readDate(in, value);
   const auto number = readInteger(in);
@@ -207,10 +232,10 @@ bool readNumericHeader(Reader& in, PartHeaderKind kind, std::string& value) {
   }
   std::string_view name;
   if (kind == PartHeaderKind::language && *number <= 0xFFFF) {
-    name = nameOrEmpty(numberToName(table(kLanguages), static_cast<std::uint32_t>(*number)));
+    name = nameOfNumber(table(kLanguages), static_cast<std::uint32_t>(*number));
   } else if (kind == PartHeaderKind::encoding && *number <= 0x7F) {
-    name = nameOrEmpty(numberToName(table(kContentEncodings),
-                                    static_cast<std::uint32_t>(*number) | kShortIntegerBit));
+    name = nameOfNumber(table(kContentEncodings),
+                        static_cast<std::uint32_t>(*number) | kShortIntegerBit);
   }
   value = name;
   return !name.empty();
@@ -224,7 +249,11 @@ ContentTypeReader contentTypeReader(Octets value) noexcept {
 
 void readContentType(Octets value, CMMHdr& header, ItemBudget& budget) {
   ContentTypeReader reader = contentTypeReader(value);
-  header.Assign(kContentTypeName, reader.mediaType());
+  if (reader.mediaNumber()) {
+    header.Assign(StaticText{kContentTypeName}, StaticText{reader.mediaType()});
+  } else {
+    header.Assign(StaticText{kContentTypeName}, reader.mediaType());
+  }
   Reader parameters = reader.parameters();
   addParameters(parameters, header, budget);
 }
@@ -255,24 +284,31 @@ bool namesMultipart(std::string_view mediaType) noexcept {
 std::string_view partHeaderName(const HeaderItem& item) noexcept {
   if (item.kind == HeaderItem::Kind::text) return item.name;
   if (item.kind != HeaderItem::Kind::wellKnown || item.page != kFirstPage) return {};
-  return nameOrEmpty(numberToName(table(kHeaders), item.code));
+  return nameOfNumber(table(kHeaders), item.code);
 }
 
-bool readPartHeaderValue(const HeaderItem& item, CMMHdr& header, ItemBudget& budget) {
-  const PartHeaderKind kind =
-      item.kind == HeaderItem::Kind::text ? PartHeaderKind::text : partHeaderKind(item.code);
+std::string_view partHeaderText(const HeaderItem& item) noexcept {
+  if (item.form != ValueForm::text) return {};
   Reader in(item.value);
-  std::string value;
+  // Tolerance: a Content-ID without the quote that opens a quoted-string.
+  if (kindOf(item) == PartHeaderKind::quotedText && in.peekOctet() == kStringQuote) in.skip(1);
+  return readTextString(in);
+}
+
+bool readPartHeaderValue(const HeaderItem& item, std::string_view name, CMMHdr& header,
+                         ItemBudget& budget) {
   if (item.form == ValueForm::text) {
-    // Tolerance: a Content-ID without the quote that opens a quoted-string.
-    if (kind == PartHeaderKind::quotedText && in.peekOctet() == kStringQuote) in.skip(1);
-    value = readTextString(in);
-  } else if (kind == PartHeaderKind::disposition && item.form == ValueForm::lengthPrefixed) {
-    return readDisposition(in, header, budget);
-  } else if (!readNumericHeader(in, kind, value)) {
-    return false;
+    assign(header, item, name, partHeaderText(item));
+    return true;
   }
-  header.Assign(partHeaderName(item), value);
+  const PartHeaderKind kind = kindOf(item);
+  Reader in(item.value);
+  if (kind == PartHeaderKind::disposition && item.form == ValueForm::lengthPrefixed) {
+    return readDisposition(in, header, budget);
+  }
+  std::string value;
+  if (!readNumericHeader(in, kind, value)) return false;
+  assign(header, item, name, value);
   return true;
 }
 

@@ -30,9 +30,13 @@ void writeContentType(Writer& out, const CMMHdr& header);
 
 /// Name of a part header, "" for a number that is not assigned (or stands on another code page).
 [[nodiscard]] std::string_view partHeaderName(const HeaderItem& item) noexcept;
-/// Reads the value of a part header, parameters included; false, with `header` untouched, for a
-/// value that is not understood.
-bool readPartHeaderValue(const HeaderItem& item, CMMHdr& header, ItemBudget& budget);
+/// The value of a part header that stands as text, without the mark that opens a quoted-string; ""
+/// for another.
+[[nodiscard]] std::string_view partHeaderText(const HeaderItem& item) noexcept;
+/// Reads a part header of that name, `partHeaderName`, parameters included; false, with `header`
+/// untouched, for a value that is not understood.
+bool readPartHeaderValue(const HeaderItem& item, std::string_view name, CMMHdr& header,
+                         ItemBudget& budget);
 /// Writes one header of a part: a well-known number or the name, then the value as text, quoted for
 /// Content-ID.  Parameters are not written.
 void writePartHeader(Writer& out, const CMMHdr& header);

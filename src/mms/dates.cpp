@@ -29,8 +29,8 @@ std::int64_t instantOf(const SYSTEMTIME& record, bool utc) {
   using namespace std::chrono;
   const year_month monthOfYear = year{record.wYear} / month{1} + months(record.wMonth - 1);
   const sys_days days = sys_days(monthOfYear / day{1}) + std::chrono::days(record.wDay - 1);
-  return duration_cast<seconds>(days.time_since_epoch()).count() + record.wHour * 3600 +
-         record.wMinute * 60 + record.wSecond;
+  return duration_cast<seconds>(days.time_since_epoch()).count() +
+         std::int64_t{record.wHour} * 3600 + std::int64_t{record.wMinute} * 60 + record.wSecond;
 }
 
 }  // namespace mmsbrix

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 
 #include "mms/content_type.h"
 #include "mms/field_table.h"
@@ -46,24 +47,50 @@ bool writeMultipart(Writer& out, CMMPart& root) {
   return true;
 }
 
-// About what the message takes, a little too much rather than too little, so that the contents are
-// copied once and the buffer seldom grows.
-std::size_t estimatedSize(CMMsg& message) noexcept {
-  constexpr std::size_t kFieldsAllowance = 512;
-  constexpr std::size_t kHeadersAllowance = 192;
-  const CMMPart& root = *message.Content();
-  std::size_t size = kFieldsAllowance + static_cast<std::size_t>(root.GetContentLen());
-  for (unsigned i = 0; i < root.ChildCount(); ++i) {
-    size += kHeadersAllowance + static_cast<std::size_t>(root.Child(i)->GetContentLen());
+// The most that values can take, so that the buffer is allocated once.
+
+std::size_t mostOf(const CMMHdr& header) noexcept {
+  constexpr std::size_t kForms = 16;  // lengths, quotes, terminating zeros
+  std::size_t octets = kForms + header.Name().size() + header.Value().size();
+  for (const CMMParam& parameter : *header.Params()) {
+    octets += kForms + parameter.Name().size() + parameter.Value().size();
   }
-  return size;
+  return octets;
+}
+
+std::size_t mostOf(const CMMHdrList& headers) noexcept {
+  std::size_t octets = 0;
+  for (const CMMHdr& header : headers) octets += mostOf(header);
+  return octets;
+}
+
+std::size_t mostOf(const CMMAddrList& addresses) noexcept {
+  constexpr std::size_t kForms = 32;  // code, length, charset, suffix
+  std::size_t octets = 0;
+  for (const CMMAddr& address : addresses) octets += kForms + address.Value()->Text().size();
+  return octets;
+}
+
+std::size_t mostOfMessage(CMMsg& message) noexcept {
+  constexpr std::size_t kFields = 192;  // the other fields, with their codes and lengths
+  const CMMPart& root = *message.Content();
+  std::size_t octets = kFields + message.GetFrom()->Value()->Text().size();
+  if (const char* id = message.GetTransactionId()) octets += std::strlen(id);
+  if (const CMMString* subject = message.GetSubject()) octets += subject->Text().size();
+  octets += mostOf(*message.GetTo()) + mostOf(*message.GetCc()) + mostOf(*message.GetBcc());
+  octets += mostOf(*root.Headers()) + contentOf(root).size();
+  for (unsigned i = 0; i < root.ChildCount(); ++i) {
+    const CMMPart& part = *root.Child(i);
+    octets += 2 * kMaxUintvarOctets + mostOf(*part.Headers()) + contentOf(part).size();
+  }
+  return octets;
 }
 
 }  // namespace
 
 bool encodeMessage(Writer& out, CMMsg& message) {
   if (message.GetMsgType() != CMMsg::MSG_TYPE_SEND_REQ) return true;
-  out.reserve(estimatedSize(message));
+  out.reserve(mostOfMessage(message));
   for (const std::uint8_t code : kWritingOrder) findField(code)->write(out, message);
   CMMPart& root = *message.Content();
   const CMMHdr* contentType = root.Headers()->Find(kContentTypeName);

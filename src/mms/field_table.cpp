@@ -117,17 +117,14 @@ constexpr std::uint8_t onWire(std::uint8_t code) noexcept {
   return code | 0x80;
 }
 
-template <auto setter>
+template <auto assign>
 void readId(Reader& value, CMMsg& message) {
-  const std::string_view text = readTextString(value).substr(0, kMaxIdOctets);
-  (message.*setter)(std::string(text).c_str());
+  (message.*assign)(readTextString(value).substr(0, kMaxIdOctets));
 }
 
-template <auto setter>
+template <auto create>
 void readString(Reader& value, CMMsg& message) {
-  CMMString text;
-  readEncodedString(value, text);
-  (message.*setter)(&text);
+  readEncodedString(value, *(message.*create)());
 }
 
 template <auto list>
@@ -171,9 +168,7 @@ void readFrom(Reader& value, CMMsg& message) {
 void readVersion(Reader& value, CMMsg& message) {
   const auto octet = value.octet();
   if (!octet) return;
-  const std::string version =
-      std::to_string((*octet >> 4) & 0x07) + '.' + std::to_string(*octet & 0x0F);
-  message.SetVersion(version.c_str());
+  message.AssignVersion(versionText(*octet).view());
 }
 
 // Writes an enumerated octet unless it is 0, which is unset.
@@ -224,6 +219,13 @@ void writeTransactionId(Writer& out, CMMsg& message) {
   const char* id = message.GetTransactionId();
   if (id == nullptr) return;
   out.octet(onWire(0x18));
+  writeTextString(out, id);
+}
+
+void writeMessageId(Writer& out, CMMsg& message) {
+  const char* id = message.GetMessageId();
+  if (id == nullptr) return;
+  out.octet(onWire(0x0B));
   writeTextString(out, id);
 }
 
@@ -281,7 +283,7 @@ constexpr auto kRows = std::to_array<FieldRow>({
     {0x08, "X-Mms-Expiry", Kind::tokenDate, noOctets, once, readTokenDate<&M::GetExpiry>, writeDate<0x08, &M::GetExpiry>},
     {0x09, "From", Kind::from, noOctets, once, readFrom, writeFrom},
     {0x0A, "X-Mms-Message-Class", Kind::messageClass, kClasses, once, readOctet<M::MSG_CLASS, &M::SetMessageClass>, writeOctet<0x0A, &M::GetMsgClass>},
-    {0x0B, "Message-ID", Kind::text, noOctets, once, readId<&M::SetMessageId>},
+    {0x0B, "Message-ID", Kind::text, noOctets, once, readId<&M::AssignMessageId>, writeMessageId},
     {0x0C, "X-Mms-Message-Type", Kind::octet, kMessageTypes, once, readOctet<M::MSG_TYPE, &M::SetMsgType>, writeMessageType},
     {0x0D, "X-Mms-MMS-Version", Kind::version, noOctets, once, readVersion, writeVersion},
     {0x0E, "X-Mms-Message-Size", Kind::longInteger},
@@ -289,12 +291,12 @@ constexpr auto kRows = std::to_array<FieldRow>({
     {0x10, "X-Mms-Read-Reply", Kind::octet, kYesNo, once, readFlag<&M::SetReadReply, kYes, true>, writeFlag<0x10, &M::GetReadReply, kYes, kNo>},
     {0x11, "X-Mms-Report-Allowed", Kind::octet, kYesNo},
     {0x12, "X-Mms-Response-Status", Kind::octet, kResponseStatuses, once, readOctet<M::MSG_RSPSTATUS, &M::SetResponseStatus>},
-    {0x13, "X-Mms-Response-Text", Kind::encodedString, noOctets, once, readString<&M::SetResponseText>},
+    {0x13, "X-Mms-Response-Text", Kind::encodedString, noOctets, once, readString<&M::NewResponseText>},
     {0x14, "X-Mms-Sender-Visibility", Kind::octet, kVisibilities, once, readFlag<&M::SetSenderVisibility, kHide, false>, writeFlag<0x14, &M::GetSenderVisibility, kShow, kHide>},
     {0x15, "X-Mms-Status", Kind::octet, kStatuses},
-    {0x16, "Subject", Kind::encodedString, noOctets, once, readString<&M::SetSubject>, writeSubject},
+    {0x16, "Subject", Kind::encodedString, noOctets, once, readString<&M::NewSubject>, writeSubject},
     {0x17, "To", Kind::address, noOctets, many, readAddressInto<&M::GetTo>, writeAddresses<0x17, &M::GetTo>},
-    {0x18, "X-Mms-Transaction-Id", Kind::text, noOctets, once, readId<&M::SetTransactionId>, writeTransactionId},
+    {0x18, "X-Mms-Transaction-Id", Kind::text, noOctets, once, readId<&M::AssignTransactionId>, writeTransactionId},
     {0x19, "X-Mms-Retrieve-Status", Kind::octet, kRetrieveStatuses},
     {0x1A, "X-Mms-Retrieve-Text", Kind::encodedString},
     {0x1B, "X-Mms-Read-Status", Kind::octet, kReadStatuses},
@@ -396,6 +398,10 @@ std::span<const OctetName> messageTypeNames() noexcept {
 
 std::span<const OctetName> responseStatusNames() noexcept {
   return kResponseStatuses;
+}
+
+std::span<const OctetName> retrieveStatusNames() noexcept {
+  return kRetrieveStatuses;
 }
 
 }  // namespace mmsbrix

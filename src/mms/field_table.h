@@ -75,6 +75,7 @@ struct FieldRow {
 /// Name lists that are used outside the rows too.
 [[nodiscard]] std::span<const OctetName> messageTypeNames() noexcept;
 [[nodiscard]] std::span<const OctetName> responseStatusNames() noexcept;
+[[nodiscard]] std::span<const OctetName> retrieveStatusNames() noexcept;
 
 }  // namespace mmsbrix
 

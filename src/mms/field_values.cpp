@@ -110,7 +110,7 @@ std::string describeContentType(Octets value, InspectedField& field, ItemBudget&
     const std::string name =
         parameter.name.empty() ? "parameter " + octetText(static_cast<std::uint8_t>(parameter.code))
                                : std::string(parameter.name);
-    field.parameters.push_back({name, parameter.value});
+    field.parameters.push_back({name, std::string(parameter.value)});
     field.value += "; " + name + '=' + forPeople(parameter.value, "");
   }
   if (reader.stoppedEarly()) return "a parameter cannot be read";

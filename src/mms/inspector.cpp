@@ -316,7 +316,7 @@ class Inspector {
     header.page = item.page;
     const std::string_view name = partHeaderName(item);
     CMMHdr read;
-    if (!name.empty() && readPartHeaderValue(item, read, budget_)) {
+    if (!name.empty() && readPartHeaderValue(item, name, read, budget_)) {
       header.name = name;
       header.value = read.Value();
       for (const CMMParam& parameter : *read.Params()) {
@@ -337,8 +337,8 @@ class Inspector {
 
   Octets pdu_;
   Inspection result_;
-  ItemBudget budget_;        // of fields, headers, parameters and parts
-  ItemBudget remarkBudget_;  // of remarks
+  ItemBudget budget_{pdu_.size()};  // of fields, headers, parameters and parts
+  ItemBudget remarkBudget_;         // of remarks
   bool tooMany_ = false;
   std::size_t zeroRun_ = static_cast<std::size_t>(-1);  // where the present run of zeros goes on
 };
@@ -359,6 +359,12 @@ std::string messageTypeName(int type) {
 std::string responseStatusName(int status) {
   const bool octet = status >= 0 && status <= 0xFF;
   return octet ? std::string(octetName(responseStatusNames(), static_cast<std::uint8_t>(status)))
+               : std::string();
+}
+
+std::string retrieveStatusName(int status) {
+  const bool octet = status >= 0 && status <= 0xFF;
+  return octet ? std::string(octetName(retrieveStatusNames(), static_cast<std::uint8_t>(status)))
                : std::string();
 }
 

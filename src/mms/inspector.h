@@ -124,6 +124,9 @@ MMSBRIX_API std::string messageTypeName(int type);
 /// The standard's name of a response status octet, "Ok", "Error-unspecified" and so on; "" when
 /// none.
 MMSBRIX_API std::string responseStatusName(int status);
+/// The standard's name of a retrieve status octet, "Ok", "Error-transient-failure" and so on; ""
+/// when none.
+MMSBRIX_API std::string retrieveStatusName(int status);
 
 }  // namespace mmsbrix
 

@@ -52,6 +52,14 @@ std::optional<std::uint8_t> versionOctet(const char* version) noexcept {
   return static_cast<std::uint8_t>(octet);
 }
 
+VersionText versionText(std::uint8_t octet) noexcept {
+  const int minor = octet & 0x0F;
+  VersionText text{{static_cast<char>('0' + ((octet >> 4) & 0x07)), '.'}, 2};
+  if (minor >= 10) text.characters[text.length++] = '1';
+  text.characters[text.length++] = static_cast<char>('0' + minor % 10);
+  return text;
+}
+
 std::optional<MmsDate> dateValue(const SYSTEMTIME& record) noexcept {
   if (record.wDay == 0 && record.wHour == 0 && record.wMinute == 0 && record.wSecond == 0) {
     return std::nullopt;
@@ -59,8 +67,8 @@ std::optional<MmsDate> dateValue(const SYSTEMTIME& record) noexcept {
   if (record.wYear >= kFirstAbsoluteYear) {
     return MmsDate{true, static_cast<std::uint64_t>(platform::fromLocalTime(record))};
   }
-  return MmsDate{false, std::uint64_t{record.wDay} * 86400 + record.wHour * 3600U +
-                            record.wMinute * 60U + record.wSecond};
+  return MmsDate{false, std::uint64_t{record.wDay} * 86400 + std::uint64_t{record.wHour} * 3600 +
+                            std::uint64_t{record.wMinute} * 60 + record.wSecond};
 }
 
 void writeTokenDate(Writer& out, MmsDate date) noexcept {
@@ -72,6 +80,12 @@ void writeTokenDate(Writer& out, MmsDate date) noexcept {
 
 void setDate(SYSTEMTIME& record, std::uint64_t secondsSince1970) noexcept {
   if (secondsSince1970 == 0) return;
+  // An interval of days or weeks, as most of them are: no time zone makes it a date after 2000.
+  constexpr std::uint64_t kSurelyBefore2001 = 978'000'000;  // 2000-12-28
+  if (secondsSince1970 < kSurelyBefore2001) {
+    record = SYSTEMTIME{};
+    return;
+  }
   const auto local = platform::toLocalTime(secondsSince1970);
   record = local && local->wYear >= kFirstAbsoluteYear ? *local : SYSTEMTIME{};
 }
@@ -95,7 +109,7 @@ EncodedString readEncodedString(Reader& in) noexcept {
 void readEncodedString(Reader& in, CMMString& out) {
   const EncodedString value = readEncodedString(in);
   out.Assign(value.text);
-  out.AssignCharset(value.charset);
+  out.AssignCharset(StaticText{value.charset});
 }
 
 void writeEncodedString(Writer& out, std::string_view text, std::string_view charset) noexcept {
@@ -122,7 +136,7 @@ void readAddress(Reader& in, CMMAddr& out) {
   const EncodedString value = readEncodedString(in);
   const SplitAddress address = splitAddress(value.text);
   out.Value()->Assign(address.text);
-  out.Value()->AssignCharset(value.charset);
+  out.Value()->AssignCharset(StaticText{value.charset});
   out.SetType(address.type);
 }
 

@@ -28,6 +28,14 @@ inline constexpr std::uint8_t kInsertAddressToken = 0x81;
 /// number above 15 runs into the bits of the major one.
 [[nodiscard]] std::optional<std::uint8_t> versionOctet(const char* version) noexcept;
 
+/// The text of a version octet.
+struct VersionText {
+  char characters[4];
+  std::size_t length;
+  [[nodiscard]] std::string_view view() const noexcept { return {characters, length}; }
+};
+[[nodiscard]] VersionText versionText(std::uint8_t octet) noexcept;
+
 /// What a date record stands for.
 struct MmsDate {
   bool absolute;  ///< seconds since 1970; else an interval in seconds

@@ -29,29 +29,28 @@ template class CMMNamedList<CMMHdr>;
 }  // namespace mmsbrix
 
 using mmsbrix::orEmpty;
-using mmsbrix::upToZero;
 
 CMMParam::CMMParam(const char* name, const char* value)
     : name_(orEmpty(name)), value_(orEmpty(value)) {}
 
 void CMMParam::Set(const char* name) {
-  name_ = orEmpty(name);
+  name_.assign(orEmpty(name));
 }
 
 void CMMParam::SetValue(const char* value) {
-  value_ = orEmpty(value);
+  value_.assign(orEmpty(value));
 }
 
 void CMMParam::Assign(std::string_view name, std::string_view value) {
-  name_ = upToZero(name);
-  value_ = upToZero(value);
+  name_.assign(name);
+  value_.assign(value);
 }
 
 CMMHdr::CMMHdr(const char* name, const char* value)
     : name_(orEmpty(name)), value_(orEmpty(value)) {}
 
 void CMMHdr::Set(const char* name) {
-  name_ = orEmpty(name);
+  name_.assign(orEmpty(name));
 }
 
 void CMMHdr::Set(const char* name, const char* value) {
@@ -60,10 +59,10 @@ void CMMHdr::Set(const char* name, const char* value) {
 }
 
 void CMMHdr::SetValue(const char* value) {
-  value_ = orEmpty(value);
+  value_.assign(orEmpty(value));
 }
 
 void CMMHdr::Assign(std::string_view name, std::string_view value) {
-  name_ = upToZero(name);
-  value_ = upToZero(value);
+  name_.assign(name);
+  value_.assign(value);
 }

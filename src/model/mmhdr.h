@@ -2,11 +2,11 @@
 #ifndef MMSBRIX_MODEL_MMHDR_H
 #define MMSBRIX_MODEL_MMHDR_H
 
-#include <string>
 #include <string_view>
 
 #include "../export.h"
 #include "mmlist.h"
+#include "mmtext.h"
 
 /// A name and a value, such as the "charset" of a content type.  Getters never return null.
 class MMSBRIX_API CMMParam {
@@ -23,12 +23,18 @@ class MMSBRIX_API CMMParam {
 
   /// The same from views, whose length is then known; a text ends at its first zero.
   void Assign(std::string_view name, std::string_view value);
-  std::string_view Name() const noexcept { return name_; }
-  std::string_view Value() const noexcept { return value_; }
+  /// The same for texts of which one or both stand in a table and are not copied.
+  template <class Name, class Value>
+  void Assign(Name name, Value value) {
+    name_.assign(name);
+    value_.assign(value);
+  }
+  std::string_view Name() const noexcept { return name_.view(); }
+  std::string_view Value() const noexcept { return value_.view(); }
 
  private:
-  std::string name_;
-  std::string value_;
+  mmsbrix::Text name_;
+  mmsbrix::Text value_;
 };
 
 extern template class MMSBRIX_API mmsbrix::CMMNamedList<CMMParam>;
@@ -55,12 +61,18 @@ class MMSBRIX_API CMMHdr {
 
   /// The same from views, whose length is then known; a text ends at its first zero.
   void Assign(std::string_view name, std::string_view value);
-  std::string_view Name() const noexcept { return name_; }
-  std::string_view Value() const noexcept { return value_; }
+  /// The same for texts of which one or both stand in a table and are not copied.
+  template <class Name, class Value>
+  void Assign(Name name, Value value) {
+    name_.assign(name);
+    value_.assign(value);
+  }
+  std::string_view Name() const noexcept { return name_.view(); }
+  std::string_view Value() const noexcept { return value_.view(); }
 
  private:
-  std::string name_;
-  std::string value_;
+  mmsbrix::Text name_;
+  mmsbrix::Text value_;
   CMMParamList params_;
 };
 

@@ -3,9 +3,13 @@
 #ifndef MMSBRIX_MODEL_MMLIST_H
 #define MMSBRIX_MODEL_MMLIST_H
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <new>
 #include <utility>
-#include <vector>
 
 #include "../export.h"
 #include "../platform/subscript.h"
@@ -16,76 +20,149 @@ namespace mmsbrix {
 /// and stay valid until the next Add, Remove, Clear, assignment or destruction.  Not locked; one
 /// walk at a time, since Find and Remove move the cursor too.  A copied list's cursor is not
 /// positioned.
+///
+/// A list is one pointer, null for a list that never had an element: a message has a list for every
+/// header and two for every part, and most of them stay empty.
 template <class T>
 class CMMList {
  public:
-  CMMList() = default;
-  CMMList(const CMMList& other) : elements_(other.elements_) {}
-  CMMList(CMMList&& other) noexcept
-      : elements_(std::move(other.elements_)),
-        cursor_(std::exchange(other.cursor_, kNotPositioned)) {}
+  CMMList() noexcept = default;
+  CMMList(const CMMList& other) {
+    if (other.size() > 0) *this = copyOf(other);
+  }
+  CMMList(CMMList&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
   CMMList& operator=(const CMMList& other) {
-    if (this != &other) {
-      elements_ = other.elements_;
-      cursor_ = kNotPositioned;
-    }
+    if (this != &other) *this = copyOf(other);
     return *this;
   }
   CMMList& operator=(CMMList&& other) noexcept {
-    elements_ = std::move(other.elements_);
-    cursor_ = std::exchange(other.cursor_, kNotPositioned);
+    CMMList taken(std::move(other));
+    std::swap(block_, taken.block_);
     return *this;
   }
-  ~CMMList() = default;
+  ~CMMList() { release(); }
 
   /// Appends a copy of `*item`; the caller keeps its own.  `item` may point into this list.
-  void Add(const T* item) { elements_.push_back(*item); }
-  unsigned int Count() const noexcept { return static_cast<unsigned int>(elements_.size()); }
+  void Add(const T* item) {
+    T copy(*item);
+    makeRoom();
+    append(std::move(copy));
+  }
+  unsigned int Count() const noexcept { return size(); }
   /// Moves the cursor to the first element and returns it; null in an empty list.
   T* First() noexcept { return moveTo(0); }
   /// Moves the cursor on and returns that element; null past the last one, and again null until
   /// First is called.
-  T* Next() noexcept { return cursor_ == kNotPositioned ? nullptr : moveTo(cursor_ + 1); }
+  T* Next() noexcept {
+    return block_ == nullptr || block_->cursor == kNotPositioned ? nullptr
+                                                                 : moveTo(block_->cursor + 1);
+  }
   /// The element at a zero-based index; throws std::out_of_range, negative indexes included.
   T* Get(int index) {
-    if (static_cast<std::size_t>(static_cast<unsigned int>(index)) >= elements_.size()) {
-      throwInvalidSubscript();
-    }
-    return &elements_[static_cast<std::size_t>(index)];
+    if (static_cast<unsigned int>(index) >= size()) throwInvalidSubscript();
+    return begin() + index;
   }
   /// The element at a zero-based index that the caller guarantees.
-  T* operator[](int index) noexcept { return &elements_[static_cast<std::size_t>(index)]; }
+  T* operator[](int index) noexcept { return begin() + index; }
   void Clear() noexcept {
-    elements_.clear();
-    cursor_ = kNotPositioned;
+    if (block_ == nullptr) return;
+    std::destroy(begin(), end());
+    block_->size = 0;
+    block_->cursor = kNotPositioned;
   }
 
   /// Appends an empty element and returns it, so that it can be filled in place without a copy.
-  T* AddNew() { return &elements_.emplace_back(); }
-  auto begin() noexcept { return elements_.begin(); }
-  auto end() noexcept { return elements_.end(); }
-  auto begin() const noexcept { return elements_.begin(); }
-  auto end() const noexcept { return elements_.end(); }
+  T* AddNew() {
+    makeRoom();
+    return append();
+  }
+  /// Removes the last element, which must be there.
+  void DropLast() noexcept {
+    std::destroy_at(end() - 1);
+    --block_->size;
+  }
+  /// Makes room for `count` elements in all, so that a known number costs one allocation.
+  void Reserve(std::uint32_t count) {
+    if (block_ == nullptr ? count > 0 : count > block_->capacity) reallocate(count);
+  }
+  T* begin() noexcept { return elementsOf(block_); }
+  T* end() noexcept { return begin() + size(); }
+  const T* begin() const noexcept { return elementsOf(block_); }
+  const T* end() const noexcept { return begin() + size(); }
 
  protected:
-  static constexpr std::size_t kNotPositioned = static_cast<std::size_t>(-1);
+  static constexpr std::uint32_t kNotPositioned = std::numeric_limits<std::uint32_t>::max();
 
-  T* moveTo(std::size_t position) noexcept {
-    if (position >= elements_.size()) {
-      cursor_ = kNotPositioned;
-      return nullptr;
-    }
-    cursor_ = position;
-    return &elements_[position];
+  T* moveTo(std::uint32_t position) noexcept {
+    if (block_ == nullptr) return nullptr;
+    const bool there = position < block_->size;
+    block_->cursor = there ? position : kNotPositioned;
+    return there ? begin() + position : nullptr;
   }
   /// Removes the element under the cursor; the cursor then stands on the element that followed it.
   void removeCurrent() {
-    elements_.erase(elements_.begin() + static_cast<std::ptrdiff_t>(cursor_));
+    std::move(begin() + block_->cursor + 1, end(), begin() + block_->cursor);
+    DropLast();
   }
 
  private:
-  std::vector<T> elements_;
-  std::size_t cursor_ = kNotPositioned;
+  // Stands before the elements.
+  struct alignas(alignof(std::max_align_t)) Block {
+    std::uint32_t size;
+    std::uint32_t capacity;
+    std::uint32_t cursor;
+  };
+
+  [[nodiscard]] std::uint32_t size() const noexcept { return block_ == nullptr ? 0 : block_->size; }
+  static T* elementsOf(Block* block) noexcept {
+    return block == nullptr ? nullptr : reinterpret_cast<T*>(block + 1);
+  }
+
+  static Block* newBlock(std::uint32_t capacity) {
+    static_assert(alignof(T) <= alignof(Block));
+    constexpr std::size_t kMost = (std::numeric_limits<std::size_t>::max() / 2) / sizeof(T);
+    if (capacity > kMost) throw std::bad_alloc();
+    void* memory = ::operator new(sizeof(Block) + capacity * sizeof(T));
+    return ::new (memory) Block{0, capacity, kNotPositioned};
+  }
+  static CMMList copyOf(const CMMList& other) {
+    CMMList copy;
+    copy.Reserve(other.size());
+    for (const T& element : other) copy.append(element);
+    return copy;
+  }
+  void reallocate(std::uint32_t capacity) {
+    CMMList bigger;
+    bigger.block_ = newBlock(capacity);
+    for (T& element : *this) bigger.append(std::move(element));
+    if (block_ != nullptr) bigger.block_->cursor = block_->cursor;
+    std::swap(block_, bigger.block_);
+  }
+  // Small elements begin with two; long lists grow by a quarter, so that they take little more than
+  // they need.
+  void makeRoom() {
+    const std::uint32_t count = size();
+    if (block_ != nullptr && count < block_->capacity) return;
+    constexpr std::uint32_t kLong = 64;
+    constexpr std::uint32_t kMost = std::numeric_limits<std::uint32_t>::max() / 2;
+    if (count > kMost) throw std::bad_alloc();
+    constexpr std::uint32_t kFirst = sizeof(T) <= 32 ? 2 : 1;
+    reallocate(std::max(kFirst, count + (count < kLong ? count / 2 : count / 4) + 1));
+  }
+  // There must be room.
+  template <class... Arguments>
+  T* append(Arguments&&... arguments) {
+    T* element = ::new (static_cast<void*>(end())) T(std::forward<Arguments>(arguments)...);
+    ++block_->size;
+    return element;
+  }
+  void release() noexcept {
+    if (block_ == nullptr) return;
+    std::destroy(begin(), end());
+    ::operator delete(block_);
+  }
+
+  Block* block_ = nullptr;
 };
 
 /// A list whose elements have a name (`T::Get()`), found without regard to the case of its letters.

@@ -2,11 +2,16 @@
 #ifndef MMSBRIX_MODEL_MMPART_H
 #define MMSBRIX_MODEL_MMPART_H
 
-#include <memory>
+#include <cstddef>
+#include <cstdint>
 
 #include "../export.h"
 #include "mmhdr.h"
 #include "mmlist.h"
+
+namespace mmsbrix {
+class ContentBlock;
+}
 
 /// A node of a message's body.  Owns everything and copies deeply; the content is followed by one
 /// zero octet that does not count, so text content reads as a C string.
@@ -23,12 +28,17 @@ class MMSBRIX_API CMMPart {
   const CMMHdrList* Headers() const noexcept { return &headers_; }
 
   /// The content or null; valid until the content changes.
-  unsigned char* GetContent() const noexcept { return content_.get(); }
+  unsigned char* GetContent() const noexcept { return content_; }
   /// Content octets, without the zero behind them.
   int GetContentLen() const noexcept { return length_; }
   /// Replaces the content by a copy of `len` octets; -1 measures zero-terminated text, null `data`
   /// leaves no content.  Always true.  `data` may lie within the present content.
   bool SetContent(const void* data, int len);
+
+  /// Makes `len` octets the content that stand `offset` octets into `block`, which the part holds
+  /// from now on; what stands behind them must be the part's too, for the zero that the caller puts
+  /// there.  For readers of whole bodies.
+  void ShareContent(mmsbrix::ContentBlock& block, std::size_t offset, int len);
 
   /// Reads a whole file into the content; headers and children stay.  False, with the part
   /// unchanged, when it cannot be opened (or is 2 GiB or more); false with the file's length kept
@@ -43,6 +53,8 @@ class MMSBRIX_API CMMPart {
   /// Appends an empty child and returns it, to be filled in place; valid until the next child is
   /// added or the children change.
   CMMPart* NewChild();
+  /// Makes room for `count` children in all, so that a known number costs one allocation.
+  void ReserveChildren(unsigned int count);
   unsigned int ChildCount() const noexcept;
   /// The child walk, with one cursor: null past the last child until FirstChild is called.
   CMMPart* FirstChild() noexcept;
@@ -59,8 +71,12 @@ class MMSBRIX_API CMMPart {
 
  private:
   CMMHdrList headers_;
-  std::unique_ptr<unsigned char[]> content_;
+  /// Takes over a buffer of `length` octets and a zero; null for none.
+  void replaceContent(unsigned char* content, int length) noexcept;
+
+  unsigned char* content_ = nullptr;  // with a zero behind it; null for none
   int length_ = 0;
+  std::uint32_t blockOffset_ = 0;  // of a shared content: from the beginning of its block, never 0
   mmsbrix::CMMList<CMMPart> children_;
 };
 

@@ -2,21 +2,25 @@
 
 namespace {
 
-// Stores an optional text: null makes it absent.
-bool assign(std::optional<std::string>& member, const char* text) {
+// Stores an optional text: null makes it absent.  What is given may be the member's own.
+template <class Optional>
+bool assignTo(Optional& member, const char* text) {
   if (text == nullptr) {
     member.reset();
   } else {
-    member = text;
+    member.text.assign(text);
+    member.present = true;
   }
   return true;
 }
 
-bool assign(std::optional<CMMString>& member, const CMMString* text) {
+template <class Optional>
+bool copyTo(Optional& member, const CMMString* text) {
   if (text == nullptr) {
     member.reset();
   } else {
-    member = *text;
+    member.text = *text;
+    member.present = true;
   }
   return true;
 }
@@ -25,10 +29,6 @@ template <class T>
 bool store(T& member, const T& value) {
   member = value;
   return true;
-}
-
-const char* textOrNull(const std::optional<std::string>& member) noexcept {
-  return member ? member->c_str() : nullptr;
 }
 
 }  // namespace
@@ -104,38 +104,56 @@ bool CMMsg::AddBcc(const CMMAddr* bcc) {
 }
 
 bool CMMsg::SetVersion(const char* version) {
-  version_ = version;
+  version_.assign(version);
   return true;
 }
 
 bool CMMsg::SetTransactionId(const char* id) {
-  return assign(transactionId_, id);
+  return assignTo(transactionId_, id);
 }
 
 bool CMMsg::SetMessageId(const char* id) {
-  return assign(messageId_, id);
+  return assignTo(messageId_, id);
 }
 
 bool CMMsg::SetSubject(const CMMString* subject) {
-  return assign(subject_, subject);
+  return copyTo(subject_, subject);
 }
 
 bool CMMsg::SetResponseText(const CMMString* text) {
-  return assign(responseText_, text);
+  return copyTo(responseText_, text);
+}
+
+void CMMsg::AssignTransactionId(std::string_view id) {
+  transactionId_.text.assign(id);
+  transactionId_.present = true;
+}
+
+void CMMsg::AssignMessageId(std::string_view id) {
+  messageId_.text.assign(id);
+  messageId_.present = true;
+}
+
+CMMString* CMMsg::NewSubject() {
+  return &subject_.emplace();
+}
+
+CMMString* CMMsg::NewResponseText() {
+  return &responseText_.emplace();
 }
 
 const char* CMMsg::GetTransactionId() const noexcept {
-  return textOrNull(transactionId_);
+  return transactionId_.present ? transactionId_.text.c_str() : nullptr;
 }
 
 const char* CMMsg::GetMessageId() const noexcept {
-  return textOrNull(messageId_);
+  return messageId_.present ? messageId_.text.c_str() : nullptr;
 }
 
 CMMString* CMMsg::GetSubject() noexcept {
-  return subject_ ? &*subject_ : nullptr;
+  return subject_.present ? &subject_.text : nullptr;
 }
 
 CMMString* CMMsg::GetResponseText() const noexcept {
-  return responseText_ ? &*responseText_ : nullptr;
+  return responseText_.present ? &responseText_.text : nullptr;
 }

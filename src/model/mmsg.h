@@ -3,8 +3,6 @@
 #ifndef MMSBRIX_MODEL_MMSG_H
 #define MMSBRIX_MODEL_MMSG_H
 
-#include <optional>
-#include <string>
 #include <string_view>
 
 #include "../export.h"
@@ -12,6 +10,7 @@
 #include "mmaddr.h"
 #include "mmpart.h"
 #include "mmstring.h"
+#include "mmtext.h"
 
 /// A message.  Enumerated members hold the wire octets themselves, 0 meaning unset; yes/no members
 /// are -1 for not stated, 1 for yes or show, 0 for no or hide.  No setter validates anything, all
@@ -82,6 +81,14 @@ class MMSBRIX_API CMMsg {
   bool SetSubject(const CMMString* subject);
   bool SetResponseText(const CMMString* text);
 
+  /// The same from views, whose length is then known; a text ends at its first zero.
+  void AssignVersion(std::string_view version) { version_.assign(version); }
+  void AssignTransactionId(std::string_view id);
+  void AssignMessageId(std::string_view id);
+  /// Makes the text present and empty, to be filled in place.
+  CMMString* NewSubject();
+  CMMString* NewResponseText();
+
   MSG_TYPE GetMsgType() const noexcept { return type_; }
   MSG_CLASS GetMsgClass() const noexcept { return class_; }
   MSG_PRIORITY GetPriority() const noexcept { return priority_; }
@@ -107,15 +114,30 @@ class MMSBRIX_API CMMsg {
   const CMMPart* Content() const noexcept { return &content_; }
 
  private:
+  // Absent is distinct from empty.  The text is there in any case: it costs nothing while it is
+  // empty, and copies and moves need not ask.
+  template <class T>
+  struct Optional {
+    T text{};
+    bool present = false;
+
+    void reset() noexcept { *this = Optional(); }
+    T& emplace() noexcept {
+      reset();
+      present = true;
+      return text;
+    }
+  };
+
   MSG_TYPE type_ = MSG_TYPE_UNSET;
-  std::optional<std::string> transactionId_;
-  std::string version_;
+  Optional<mmsbrix::Text> transactionId_;
+  mmsbrix::Text version_;
   SYSTEMTIME date_{};
   CMMAddr from_;
   CMMAddrList to_;
   CMMAddrList cc_;
   CMMAddrList bcc_;
-  std::optional<CMMString> subject_;
+  Optional<CMMString> subject_;
   MSG_CLASS class_ = MSG_CLASS_UNSET;
   SYSTEMTIME expiry_{};
   SYSTEMTIME deliveryTime_{};
@@ -126,8 +148,8 @@ class MMSBRIX_API CMMsg {
   CMMPart content_;
   MSG_RSPSTATUS responseStatus_ = MSG_RSPSTATUS_UNSET;
   // mutable: the getter of a const message hands out a pointer for writing.
-  mutable std::optional<CMMString> responseText_;
-  std::optional<std::string> messageId_;
+  mutable Optional<CMMString> responseText_;
+  Optional<mmsbrix::Text> messageId_;
 };
 
 #endif  // MMSBRIX_MODEL_MMSG_H

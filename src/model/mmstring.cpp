@@ -3,7 +3,6 @@
 #include "platform/text.h"
 
 using mmsbrix::orEmpty;
-using mmsbrix::upToZero;
 
 CMMString::CMMString(const char* text) : text_(orEmpty(text)) {}
 
@@ -11,17 +10,17 @@ CMMString::CMMString(const char* text, const char* charset)
     : text_(orEmpty(text)), charset_(orEmpty(charset)) {}
 
 void CMMString::Set(const char* text) {
-  text_ = orEmpty(text);
+  text_.assign(orEmpty(text));
 }
 
 void CMMString::SetCharset(const char* charset) {
-  charset_ = orEmpty(charset);
+  charset_.assign(orEmpty(charset));
 }
 
 void CMMString::Assign(std::string_view text) {
-  text_ = upToZero(text);
+  text_.assign(text);
 }
 
 void CMMString::AssignCharset(std::string_view charset) {
-  charset_ = upToZero(charset);
+  charset_.assign(charset);
 }

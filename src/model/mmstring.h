@@ -2,10 +2,10 @@
 #ifndef MMSBRIX_MODEL_MMSTRING_H
 #define MMSBRIX_MODEL_MMSTRING_H
 
-#include <string>
 #include <string_view>
 
 #include "../export.h"
+#include "mmtext.h"
 
 /// An 8-bit text in the character set that it names; an empty charset means none is stated.  The
 /// class never converts.  Text getters never return null and stay valid until the text changes.
@@ -27,12 +27,13 @@ class MMSBRIX_API CMMString {
   /// The same from views, whose length is then known; a text ends at its first zero.
   void Assign(std::string_view text);
   void AssignCharset(std::string_view charset);
-  std::string_view Text() const noexcept { return text_; }
-  std::string_view Charset() const noexcept { return charset_; }
+  void AssignCharset(mmsbrix::StaticText charset) noexcept { charset_.assign(charset); }
+  std::string_view Text() const noexcept { return text_.view(); }
+  std::string_view Charset() const noexcept { return charset_.view(); }
 
  private:
-  std::string text_;
-  std::string charset_;
+  mmsbrix::Text text_;
+  mmsbrix::Text charset_;
 };
 
 #endif  // MMSBRIX_MODEL_MMSTRING_H

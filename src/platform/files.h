@@ -61,6 +61,9 @@ unsigned writeWholeFile(const char* path, std::span<const std::uint8_t> content)
 /// behind.
 unsigned writeNewFile(const char* path, std::span<const std::uint8_t> content);
 
+/// Removes a file; one that is not there is no error worth telling.
+void removeFile(const char* path) noexcept;
+
 /// The system's folder for temporary files, with a separator at its end.
 std::string temporaryFolder();
 /// What a path of the platform may separate its parts with.

@@ -19,6 +19,7 @@ namespace mmsbrix::platform {
 
 inline constexpr unsigned kErrorInvalidParameter = 87;
 inline constexpr unsigned kErrorInsufficientBuffer = 122;
+inline constexpr unsigned kErrorFileTooLarge = 223;
 inline constexpr unsigned kInternetTimeout = 12002;
 inline constexpr unsigned kInternetInternalError = 12004;
 inline constexpr unsigned kInternetInvalidUrl = 12005;
@@ -51,8 +52,9 @@ struct UrlParts {
 /// User name and password in a URL are dropped.
 std::optional<UrlParts> crackUrl(const std::string& url, unsigned& error);
 
-/// Told how many octets of a request body are sent and how many there are: when that changes, and
-/// about once a second in between.  False cancels the exchange, as does an exception.
+/// Told how many octets of a request body are sent and how many there are, or for a GET how many of
+/// the answer's body have come, 0 for an unknown total: when that changes, and about once a second
+/// in between.  False cancels the exchange, as does an exception.
 using SendProgress = std::function<bool(std::uint64_t sent, std::uint64_t total)>;
 
 /// The next of the numbers by which a trace tells handles apart: small, and never an address.
@@ -61,7 +63,7 @@ using SendProgress = std::function<bool(std::uint64_t sent, std::uint64_t total)
   return ++last;
 }
 
-/// One POST request on a connection.  Numbers returned by `id` are what the trace shows for a
+/// One request on a connection.  Numbers returned by `id` are what the trace shows for a
 /// handle.
 class HttpRequest {
  public:
@@ -93,6 +95,9 @@ class HttpConnection {
   /// A POST request.  Null when it cannot be made.
   virtual std::unique_ptr<HttpRequest> openPost(const std::string& path,
                                                 const std::string& acceptType) = 0;
+  /// A GET request; it is sent with an empty body.  Null when it cannot be made.
+  virtual std::unique_ptr<HttpRequest> openGet(const std::string& path,
+                                               const std::string& acceptType) = 0;
 };
 
 /// How a session is set up.

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 
 namespace mmsbrix::platform {
 namespace {
@@ -56,6 +57,15 @@ char32_t takeUtf8Character(std::string_view& text) noexcept {
 
 bool isUtf8(std::string_view octets) noexcept {
   while (!octets.empty()) {
+    // Most texts are ASCII, of which eight characters are passed over at once.
+    std::uint64_t eight = 0;
+    if (octets.size() >= sizeof eight) {
+      std::memcpy(&eight, octets.data(), sizeof eight);
+      if ((eight & 0x8080808080808080) == 0) {
+        octets.remove_prefix(sizeof eight);
+        continue;
+      }
+    }
     const std::size_t length = utf8SequenceLength(octets);
     if (length == 0) return false;
     octets.remove_prefix(length);

@@ -38,6 +38,9 @@ class XmlEvents {
   /// What is neither element nor attribute, by its name in the DOM: "#text" (not for blanks only),
   /// "#cdata-section", "#comment"; a processing instruction is "#processing-instruction".
   virtual void other(const char* name) = 0;
+  /// Characters of a text outside CDATA sections, in UTF-8 and in as many pieces as the parser has,
+  /// before `other` tells of the text.  Blanks come too.
+  virtual void characters(std::string_view /*piece*/) {}
 
  protected:
   ~XmlEvents() = default;

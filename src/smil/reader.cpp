@@ -13,13 +13,13 @@ namespace {
 using Created = std::unique_ptr<CSMILNode>;
 
 template <class T>
-Created create(const char*) {
+Created create() {
   return std::make_unique<T>();
 }
 
 struct NodeRow {
   std::string_view tag;
-  Created (*create)(const char* tag);
+  Created (*create)();
 };
 constexpr auto kNodes = std::to_array<NodeRow>({
     {"head", create<CSMILHead>},
@@ -34,11 +34,12 @@ constexpr auto kMediaTags = std::to_array<std::string_view>(
 
 // Typed nodes have the tag of their class; media and generic nodes keep the document's spelling.
 Created createNode(const char* tag) {
+  const std::string_view name = tag;
   for (const NodeRow& row : kNodes) {
-    if (equalsIgnoringCase(row.tag, tag)) return row.create(tag);
+    if (equalsIgnoringCase(row.tag, name)) return row.create();
   }
   for (const std::string_view media : kMediaTags) {
-    if (equalsIgnoringCase(media, tag)) return std::make_unique<CSMILMedia>(tag);
+    if (equalsIgnoringCase(media, name)) return std::make_unique<CSMILMedia>(tag);
   }
   return std::make_unique<CSMILNode>(tag);
 }
@@ -57,9 +58,10 @@ class Builder final : public platform::XmlEvents {
     } else {
       open_.push_back(append(name.c_str()));
     }
+    CSMILNode& node = *open_.back();
+    node.ReserveAttributes(static_cast<unsigned>(attributes.size()));
     for (const platform::XmlAttribute& attribute : attributes) {
-      CSMILAttr copy(attribute.name.c_str(), attribute.value.c_str());
-      open_.back()->AddAttribute(&copy);
+      node.PutAttribute(attribute.name, attribute.value);
     }
   }
   void endElement() override { open_.pop_back(); }

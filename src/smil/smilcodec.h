@@ -9,7 +9,8 @@ extern "C" {
 
 /// Reads a SMIL file (UTF-8 or UTF-16, or the encoding that it declares) and adds its attributes
 /// and children to what `smil` holds.  1, or 0 with `smil` untouched: when the text is malformed,
-/// which the parse-error handler is told, or its outermost element is not "smil".  Nothing is
+/// which the parse-error handler is told, when its outermost element is not "smil", or when there
+/// is not enough memory.  Nothing is
 /// validated, and elements and attributes of any name are kept; texts and comments become nodes
 /// that are not written. Document types and entities outside the file are never loaded.  Documents
 /// that are larger, deeper or fuller than any presentation count as malformed.  `flags` selects
@@ -21,10 +22,10 @@ MMSBRIX_API int MMS_LoadSmil(const char* path, CSMIL* smil, unsigned long flags)
 MMSBRIX_API int MMS_LoadSmilFromMemory(const char* text, CSMIL* smil, unsigned long flags);
 
 /// Writes a presentation to a file, replacing an existing one, as UTF-8 without declaration.  1, or
-/// 0 with the old file kept when that fails.  What XML has no name for (an element without a tag,
-/// say) is left out with all that is in it; texts that are not valid UTF-8 are taken as
-/// Windows-1252; the content of media elements is no part of the text.  Moves the child cursors.
-/// `flags` selects nothing; pass 0.
+/// 0 with the old file kept when that fails, for lack of memory too.  What XML has no name for (an
+/// element without a tag, say) is left out with all that is in it; texts that are not valid UTF-8
+/// are taken as Windows-1252; the content of media elements is no part of the text.  Moves the
+/// child cursors. `flags` selects nothing; pass 0.
 MMSBRIX_API int MMS_SaveSmil(CSMIL* smil, const char* path, unsigned long flags);
 
 /// The same text in memory: `*buffer` receives a buffer from malloc that the caller releases with

@@ -43,6 +43,8 @@ CSMILMedia::CSMILMedia(const char* tag) : CSMILNode(tag) {}
 
 CSMILMedia::CSMILMedia(const CSMILMedia& other) : CSMILNode(other), CSMILTimingAttr(other) {
   PutContent(other.content_.get(), other.length_);
+  // A copy without the content would be another element.
+  if (other.content_ != nullptr && content_ == nullptr) throw std::bad_alloc();
 }
 
 CSMILMedia& CSMILMedia::operator=(const CSMILMedia& other) {

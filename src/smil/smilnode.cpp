@@ -9,6 +9,7 @@
 #include "platform/text.h"
 #include "smil/attribute_values.h"
 #include "smil/smil.h"
+#include "smil/tree_moves.h"
 
 using mmsbrix::equalsIgnoringCase;
 using mmsbrix::orEmpty;
@@ -16,8 +17,11 @@ using mmsbrix::orEmpty;
 CSMILAttr::CSMILAttr() = default;
 CSMILAttr::CSMILAttr(const char* name, const char* value)
     : name_(orEmpty(name)), value_(orEmpty(value)) {}
+CSMILAttr::CSMILAttr(std::string_view name, std::string_view value) : name_(name), value_(value) {}
 CSMILAttr::CSMILAttr(const CSMILAttr& other) = default;
+CSMILAttr::CSMILAttr(CSMILAttr&& other) noexcept = default;
 CSMILAttr& CSMILAttr::operator=(const CSMILAttr& other) = default;
+CSMILAttr& CSMILAttr::operator=(CSMILAttr&& other) noexcept = default;
 CSMILAttr::~CSMILAttr() = default;
 
 void CSMILAttr::PutName(const char* name) {
@@ -35,6 +39,8 @@ std::unique_ptr<CSMILNode> newOfSameClass(const CSMILNode& node) {
   if (const auto* media = dynamic_cast<const CSMILMedia*>(&node)) {
     auto copy = std::make_unique<CSMILMedia>();
     copy->PutContent(media->GetContent(), media->GetContentLen());
+    // A copy without the content would be another presentation.
+    if (media->GetContent() != nullptr && copy->GetContent() == nullptr) throw std::bad_alloc();
     return copy;
   }
   if (dynamic_cast<const CSMILPar*>(&node) != nullptr) return std::make_unique<CSMILPar>();
@@ -172,6 +178,15 @@ void CSMILNode::AddAttribute(CSMILAttr* attr) {
   }
 }
 
+void CSMILNode::PutAttribute(std::string_view name, std::string_view value) {
+  for (CSMILAttr& existing : attributes_) {
+    if (!equalsIgnoringCase(existing.Name(), name)) continue;
+    existing = CSMILAttr(name, value);
+    return;
+  }
+  attributes_.emplace_back(name, value);
+}
+
 bool CSMILNode::RemoveAttribute(const char* name) {
   if (CSMILNode::FindAttribute(name) == nullptr) return false;
   attributes_.erase(attributes_.begin() + static_cast<std::ptrdiff_t>(attributeCursor_));
@@ -219,6 +234,27 @@ CSMILNode* CSMILNode::Element(unsigned int index) const noexcept {
 
 void CSMILNode::AddElement(CSMILNode* element) {
   if (element != nullptr) children_.push_back(element);
+}
+
+void mmsbrix::TreeMoves::exchangeContents(CSMILNode& one, CSMILNode& other) noexcept {
+  one.attributes_.swap(other.attributes_);
+  one.children_.swap(other.children_);
+  for (CSMILNode* node : {&one, &other}) {
+    node->attributeCursor_ = CSMILNode::kNotPositioned;
+    node->elementCursor_ = CSMILNode::kNotPositioned;
+  }
+}
+
+void mmsbrix::TreeMoves::append(CSMILNode& to, CSMILNode& from) {
+  CSMILNode merged;
+  merged.attributes_ = to.attributes_;
+  for (CSMILAttr& attribute : from.attributes_) merged.AddAttribute(&attribute);
+  to.children_.reserve(to.children_.size() + from.children_.size());
+  // From here on nothing fails.
+  to.attributes_.swap(merged.attributes_);
+  to.attributeCursor_ = CSMILNode::kNotPositioned;
+  to.children_.insert(to.children_.end(), from.children_.begin(), from.children_.end());
+  from.ElementClear();
 }
 
 bool CSMILNode::InsertElement(int index, CSMILNode* element) {

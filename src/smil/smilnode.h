@@ -10,13 +10,20 @@
 
 #include "../export.h"
 
+namespace mmsbrix {
+class TreeMoves;
+}
+
 /// A name and a value.  Getters never return null; null given to a putter empties the text.
 class MMSBRIX_API CSMILAttr {
  public:
   CSMILAttr();
   CSMILAttr(const char* name, const char* value);
+  CSMILAttr(std::string_view name, std::string_view value);
   CSMILAttr(const CSMILAttr& other);
+  CSMILAttr(CSMILAttr&& other) noexcept;
   CSMILAttr& operator=(const CSMILAttr& other);
+  CSMILAttr& operator=(CSMILAttr&& other) noexcept;
   ~CSMILAttr();
 
   const char* GetName() const noexcept { return name_.c_str(); }
@@ -52,6 +59,10 @@ class MMSBRIX_API CSMILNode {
   /// Adds a copy of `*attr`.  An attribute of that name is overwritten in its place, the case of
   /// its name included.  The caller keeps `attr`; null adds nothing.
   virtual void AddAttribute(CSMILAttr* attr);
+  /// The same from views.
+  void PutAttribute(std::string_view name, std::string_view value);
+  /// Makes room for `count` attributes in all, so that a known number costs one allocation.
+  void ReserveAttributes(unsigned int count) { attributes_.reserve(count); }
   /// False when there is none of that name.  The attribute cursor is left at the removed position,
   /// which then holds the following attribute.
   virtual bool RemoveAttribute(const char* name);
@@ -111,6 +122,7 @@ class MMSBRIX_API CSMILNode {
   void putNumber(const char* name, int value);
 
  private:
+  friend class mmsbrix::TreeMoves;
   static constexpr std::size_t kNotPositioned = static_cast<std::size_t>(-1);
 
   CSMILAttr* moveToAttribute(std::size_t position) noexcept;

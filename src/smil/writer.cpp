@@ -1,6 +1,10 @@
 #include "smil/writer.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <deque>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -10,14 +14,28 @@
 namespace mmsbrix {
 namespace {
 
-std::string toXmlText(std::string_view text) {
-  return platform::isUtf8(text) ? std::string(text) : platform::utf8FromWindows1252(text);
+// Characters that a value holds as they stand; all others take a look at the whole character.
+constexpr auto kPlain = [] {
+  std::array<bool, 256> plain{};
+  for (std::size_t c = ' '; c < 0x7F; ++c) plain[c] = true;
+  for (const char c : {'&', '<', '>', '"'}) plain[static_cast<std::size_t>(c)] = false;
+  return plain;
+}();
+
+std::size_t plainLength(std::string_view text) noexcept {
+  std::size_t length = 0;
+  while (length < text.size() && kPlain[static_cast<std::uint8_t>(text[length])]) ++length;
+  return length;
 }
 
 // Writes the value of an attribute.  Control characters go as references where XML has them at all,
 // so that they survive the reader's normalisation of blanks.  [W3C XML 1.0, 2.2 and 3.3.3]
 void appendEscaped(std::string& out, std::string_view utf8) {
-  while (!utf8.empty()) {
+  for (;;) {
+    const std::size_t plain = plainLength(utf8);
+    out.append(utf8.substr(0, plain));
+    utf8.remove_prefix(plain);
+    if (utf8.empty()) return;
     const char32_t character = platform::takeUtf8Character(utf8);
     if (character == '&') {
       out += "&amp;";
@@ -60,14 +78,14 @@ class Writer {
  private:
   struct Open {
     CSMILNode* node;
-    std::string tag;
+    std::string_view tag;
     bool begun = false;  // the child cursor is this writer's
     bool empty = true;   // no child is written yet
   };
 
   // Begins a start tag, whose end depends on what follows; false when the element is left out.
   bool open(CSMILNode& node) {
-    std::string tag = toXmlText(node.GetTag());
+    const std::string_view tag = xmlText(node.GetTag());
     if (!isXmlName(tag)) return false;
     if (!open_.empty()) {
       if (std::exchange(open_.back().empty, false)) out_ += '>';
@@ -77,7 +95,7 @@ class Writer {
     out_ += '<';
     out_ += tag;
     writeAttributes(node);
-    open_.push_back({&node, std::move(tag)});
+    open_.push_back({&node, tag});
     return true;
   }
 
@@ -94,29 +112,36 @@ class Writer {
   // An attribute of the same name as an earlier one, which only a renamed attribute can have, takes
   // the earlier one's place: a document holds each name once.
   void writeAttributes(const CSMILNode& node) {
-    std::vector<std::pair<std::string, const char*>> attributes;
-    attributes.reserve(node.AttributeCount());
+    attributes_.clear();
     for (unsigned i = 0; i < node.AttributeCount(); ++i) {
       const CSMILAttr& attribute = *node.Attribute(i);
-      std::string name = toXmlText(attribute.GetName());
+      const std::string_view name = xmlText(attribute.Name());
       if (!isXmlName(name)) continue;
-      const auto same = std::find_if(attributes.begin(), attributes.end(),
+      const auto same = std::find_if(attributes_.begin(), attributes_.end(),
                                      [&](const auto& earlier) { return earlier.first == name; });
-      if (same != attributes.end()) {
-        same->second = attribute.GetValue();
+      if (same != attributes_.end()) {
+        same->second = attribute.Value();
       } else {
-        attributes.emplace_back(std::move(name), attribute.GetValue());
+        attributes_.emplace_back(name, attribute.Value());
       }
     }
-    for (const auto& [name, value] : attributes) {
+    for (const auto& [name, value] : attributes_) {
       out_.append(" ").append(name).append("=\"");
-      appendEscaped(out_, toXmlText(value));
+      appendEscaped(out_, xmlText(value));
       out_ += '"';
     }
   }
 
+  // A text that is UTF-8, as nearly all are, is not copied; what others become stays until the end.
+  std::string_view xmlText(std::string_view text) {
+    if (platform::isUtf8(text)) return text;
+    return converted_.emplace_back(platform::utf8FromWindows1252(text));
+  }
+
   std::string out_;
   std::vector<Open> open_;
+  std::vector<std::pair<std::string_view, std::string_view>> attributes_;  // of one element
+  std::deque<std::string> converted_;
 };
 
 }  // namespace

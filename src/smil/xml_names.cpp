@@ -4,6 +4,7 @@
 #include <array>
 #include <span>
 
+#include "platform/ascii.h"
 #include "platform/unicode.h"
 
 namespace mmsbrix {
@@ -52,6 +53,12 @@ bool isIn(std::span<const Range> ranges, char32_t character) noexcept {
 bool isXmlName(std::string_view utf8) noexcept {
   bool first = true;
   while (!utf8.empty()) {
+    // Letters, of which names are made.
+    if (const char c = foldAscii(utf8.front()); c >= 'a' && c <= 'z') {
+      utf8.remove_prefix(1);
+      first = false;
+      continue;
+    }
     // The replacement character, which stands for a bad octet, is in no range.
     const char32_t character = platform::takeUtf8Character(utf8);
     if (!isIn(kNameStart, character) && (first || !isIn(kNameRest, character))) return false;

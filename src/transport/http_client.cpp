@@ -6,11 +6,13 @@
 #include <string_view>
 #include <utility>
 
+#include "mms/inspector.h"
 #include "mms/mmscodec.h"
 #include "model/mmsg.h"
 #include "platform/ascii.h"
 #include "platform/files.h"
 #include "platform/text.h"
+#include "transport/message_file.h"
 #include "transport/result_texts.h"
 #include "transport/trace.h"
 #include "wsp/http_text.h"
@@ -26,16 +28,6 @@ constexpr unsigned kRequestFlags = 0x84400000;
 constexpr unsigned kStatusOk = 200;
 /// Longest Base64 text of credentials; what goes beyond is cut off.
 constexpr std::size_t kMaxCredentialsText = 512;
-
-std::optional<std::vector<std::uint8_t>> readFile(const char* path, unsigned& error) {
-  auto file = platform::InputFile::open(path, &error);
-  if (!file) return std::nullopt;
-  std::vector<std::uint8_t> content;
-  if (file->size() > content.max_size()) throw std::bad_alloc();
-  content.resize(static_cast<std::size_t>(file->size()));
-  if (!file->read(content, &error)) return std::nullopt;
-  return content;
-}
 
 /// Lifts the user's offline mode for the duration of a submission.
 class OnlineScope {
@@ -59,82 +51,134 @@ HttpClient::HttpClient(std::string user, std::string password)
     : user_(std::move(user)), password_(std::move(password)) {}
 
 bool HttpClient::connect(const std::string& proxyHost, unsigned proxyPort,
-                         const std::string& trustedCertificates) {
+                         const std::string& trustedCertificates, std::chrono::seconds stallLimit,
+                         const std::string& agent) {
   const std::string proxy =
       proxyHost.empty() ? std::string() : proxyHost + ":" + std::to_string(proxyPort);
-  trace("HttpClient::Connect - InternetOpen(\"%s\", INTERNET_OPEN_TYPE_PROXY, %s, ...)", kAgent,
-        proxy.c_str());
-  session_ = platform::HttpSession::open(
-      {.agent = kAgent, .proxy = proxy, .trustedCertificates = trustedCertificates});
+  const std::string ownName = agent.empty() ? kAgent : agent;
+  trace("HttpClient::Connect - InternetOpen(\"%s\", INTERNET_OPEN_TYPE_PROXY, %s, ...)",
+        ownName.c_str(), proxy.c_str());
+  session_ = platform::HttpSession::open({.agent = ownName,
+                                          .proxy = proxy,
+                                          .stallLimit = stallLimit,
+                                          .trustedCertificates = trustedCertificates});
   return session_ != nullptr;
 }
 
-bool HttpClient::sendMms(const char* file, const char* url,
-                         const platform::SendProgress& progress) {
-  file = orEmpty(file);
-  url = orEmpty(url);
-  trace("HttpClient::SendMMS(%s, %s)", file, url);
+// Runs the steps of one operation on `url` from a clean state to the end of its request.
+template <class Step>
+bool HttpClient::perform(const char* url, const Step& step) {
   status_ = 0;
-  responseStatus_ = 0;
+  relayStatus_ = 0;
+  relayStatusKind_ = CMMSHttp::ResultKind::none;
   responseText_.clear();
   httpAnswered_ = false;
   detail_.clear();
 
-  bool accepted = false;
+  bool done = false;
   try {
-    const std::optional<platform::UrlParts> server = platform::crackUrl(url, status_);
-    if (!server) {
-      detail_ = errorMeaning(status_);
-      return false;
+    if (const std::optional<platform::UrlParts> server = platform::crackUrl(url, status_)) {
+      done = step(*server);
     }
-    const std::optional<std::vector<std::uint8_t>> message = readFile(file, status_);
-    if (!message) {
-      detail_ = errorMeaning(status_);
-      return false;
-    }
-    const OnlineScope online;
-    accepted = submit(*server, *message, progress);
   } catch (const std::bad_alloc&) {  // a file or an answer larger than the memory
     status_ = platform::kErrorNotEnoughMemory;
   }
+  if (!done && !httpAnswered_ && detail_.empty()) detail_ = errorMeaning(status_);
   closeRequest();
   connection_.reset();
-  return accepted;
+  return done;
 }
 
-// From connecting to the relay's answer.  An error in connecting or opening the request leaves the
-// status 0.
+bool HttpClient::sendMms(const char* file, const char* url, const RequestSettings& settings) {
+  file = orEmpty(file);
+  url = orEmpty(url);
+  trace("HttpClient::SendMMS(%s, %s)", file, url);
+  return perform(url, [&](const platform::UrlParts& server) {
+    const std::optional<std::vector<std::uint8_t>> message = readMessageFile(file, status_);
+    return message && submit(server, *message, settings);
+  });
+}
+
+bool HttpClient::sendMms(std::span<const std::uint8_t> message, const char* url,
+                         const RequestSettings& settings) {
+  url = orEmpty(url);
+  trace("HttpClient::SendMMS(%d octets, %s)", static_cast<int>(message.size()), url);
+  return perform(
+      url, [&](const platform::UrlParts& server) { return submit(server, message, settings); });
+}
+
+bool HttpClient::fetchMms(const char* url, const RequestSettings& settings,
+                          std::vector<std::uint8_t>& pdu) {
+  url = orEmpty(url);
+  trace("HttpClient::FetchMMS(%s)", url);
+  return perform(url, [&](const platform::UrlParts& server) {
+    if (!exchange(server, Verb::get, {}, settings) || !answerIsMms() || !takeRetrieveConf()) {
+      return false;
+    }
+    pdu = std::move(responseBody_);
+    return true;
+  });
+}
+
+bool HttpClient::postReport(std::span<const std::uint8_t> pdu, const char* url,
+                            const RequestSettings& settings) {
+  url = orEmpty(url);
+  trace("HttpClient::PostReport(%d octets, %s)", static_cast<int>(pdu.size()), url);
+  return perform(url, [&](const platform::UrlParts& server) {
+    // 200, 202 and 204 are all in use: there is nothing more to be said.
+    return exchange(server, Verb::post, pdu, settings) && status_ >= kStatusOk && status_ < 300;
+  });
+}
+
 bool HttpClient::submit(const platform::UrlParts& server, std::span<const std::uint8_t> message,
-                        const platform::SendProgress& progress) {
+                        const RequestSettings& settings) {
+  if (settings.sizeLimit != 0 && message.size() > settings.sizeLimit) {
+    status_ = platform::kErrorFileTooLarge;
+    detail_ = "the message has " + std::to_string(message.size()) + " octets, the limit is " +
+              std::to_string(settings.sizeLimit);
+    return false;
+  }
+  return exchange(server, Verb::post, message, settings) && answerIsMms() && takeSendConf();
+}
+
+// From connecting to the relay's answer; true when there is an HTTP answer.  An error in connecting
+// or opening the request leaves the status 0.
+bool HttpClient::exchange(const platform::UrlParts& server, Verb verb,
+                          std::span<const std::uint8_t> body, const RequestSettings& settings) {
   if (session_ == nullptr) return false;
+  const OnlineScope online;
   trace("Calling InternetConnect(%08x, %s, %d, ...)", session_->id(), server.host.c_str(),
         int{server.port});
   connection_ = session_->connect(server, user_, password_);
   if (connection_ == nullptr) return false;
-  trace("Calling HttpOpenRequest(%08x, POST , %s, ... , %s, %08x)", connection_->id(),
-        server.path.c_str(), kAcceptType, kRequestFlags);
-  request_ = connection_->openPost(server.path, kAcceptType);
+  const bool post = verb == Verb::post;
+  trace("Calling HttpOpenRequest(%08x, %s , %s, ... , %s, %08x)", connection_->id(),
+        post ? "POST" : "GET", server.path.c_str(), kAcceptType, kRequestFlags);
+  request_ = post ? connection_->openPost(server.path, kAcceptType)
+                  : connection_->openGet(server.path, kAcceptType);
   if (request_ == nullptr) return false;
 
-  std::string headers = "Content-Type: " + std::string(kMmsContentType) +
-                        "\nContent-Length: " + std::to_string(message.size());
+  std::string headers = settings.headers;
+  if (post) {
+    headers += "Content-Type: " + std::string(kMmsContentType) +
+               "\nContent-Length: " + std::to_string(body.size());
+  } else if (!headers.empty()) {
+    headers.pop_back();
+  }
   std::string shownHeaders = headers;
   if (!user_.empty() && !password_.empty()) {
-    constexpr char kAuthorization[] = "\nAuthorization: Basic ";
+    const std::string authorization =
+        std::string(headers.empty() ? "" : "\n") + "Authorization: Basic ";
     headers +=
-        kAuthorization + toBase64(asOctets(user_ + ":" + password_)).substr(0, kMaxCredentialsText);
-    shownHeaders += std::string(kAuthorization) + "***";
+        authorization + toBase64(asOctets(user_ + ":" + password_)).substr(0, kMaxCredentialsText);
+    shownHeaders += authorization + "***";
   }
-  status_ = sendAndRead(headers, shownHeaders, message, progress);
-  return takeAnswer();
+  status_ = sendAndRead(headers, shownHeaders, body, settings.progress);
+  return httpAnswered_;
 }
 
-// What the relay answered; true when it has accepted the message.
-bool HttpClient::takeAnswer() {
-  if (!httpAnswered_) {
-    detail_ = errorMeaning(status_);
-    return false;
-  }
+// True when the answer is a whole one with the type of MMS PDUs.
+bool HttpClient::answerIsMms() {
   if (status_ != kStatusOk) return false;
   if (!request_->complete()) {
     detail_ = "the answer is broken, cut short or too large";
@@ -149,7 +193,7 @@ bool HttpClient::takeAnswer() {
     detail_ = "the answer is " + std::string(contentType->Value()) + ", no MMS message";
     return false;
   }
-  return takeSendConf();
+  return true;
 }
 
 unsigned HttpClient::sendAndRead(const std::string& headers, const std::string& shownHeaders,
@@ -203,37 +247,62 @@ void HttpClient::readBody() {
 bool HttpClient::takeSendConf() {
   CMMsg answer;
   if (MMS_LoadFromMemory(responseBody_.data(), static_cast<unsigned>(responseBody_.size()), &answer,
-                         0) == 0 ||
-      answer.GetMsgType() != CMMsg::MSG_TYPE_SEND_CONF) {
+                         0) == 0) {
+    throw std::bad_alloc();
+  }
+  if (answer.GetMsgType() != CMMsg::MSG_TYPE_SEND_CONF) {
     detail_ = "the answer is no m-send-conf";
     return false;
   }
-  responseStatus_ = static_cast<unsigned>(answer.GetResponseStatus());
+  relayStatus_ = static_cast<unsigned>(answer.GetResponseStatus());
+  relayStatusKind_ = CMMSHttp::ResultKind::responseStatus;
   if (const CMMString* text = answer.GetResponseText()) responseText_ = text->Text();
 
-  trace("Response Status: 0x%x", responseStatus_);
+  trace("Response Status: 0x%x", relayStatus_);
   if (answer.GetTransactionId() != nullptr) trace("Transaction Id: %s", answer.GetTransactionId());
   if (answer.GetResponseText() != nullptr) trace("Response Text: %s", responseText_.c_str());
   if (answer.GetMessageId() != nullptr) trace("Message Id: %s", answer.GetMessageId());
-  if (responseStatus_ == 0) detail_ = "the answer has no response status";
-  return responseStatus_ == CMMsg::MSG_RSPSTATUS_OK;
+  if (relayStatus_ == 0) detail_ = "the answer has no response status";
+  return relayStatus_ == CMMsg::MSG_RSPSTATUS_OK;
+}
+
+// Looks at the answer to a GET; true when it is an m-retrieve-conf with a message.  A relay that
+// says nothing of a status means Ok. [OMA-MMS-ENC 6.3]
+bool HttpClient::takeRetrieveConf() {
+  constexpr int kRetrieveStatus = 0x19;
+  constexpr int kRetrieveText = 0x1A;
+  const Inspection answer = inspect(responseBody_.data(), responseBody_.size());
+  if (answer.messageType != CMMsg::MSG_TYPE_RETRIEVE_CONF) {
+    detail_ = "the answer is no m-retrieve-conf";
+    return false;
+  }
+  relayStatus_ = CMMsg::MSG_RSPSTATUS_OK;
+  relayStatusKind_ = CMMSHttp::ResultKind::retrieveStatus;
+  if (const InspectedField* status = answer.find(kRetrieveStatus); status && status->number) {
+    relayStatus_ = static_cast<unsigned>(*status->number);
+  }
+  if (const InspectedField* text = answer.find(kRetrieveText); text && text->text) {
+    responseText_ = *text->text;
+  }
+  trace("Retrieve Status: 0x%x", relayStatus_);
+  return relayStatus_ == CMMsg::MSG_RSPSTATUS_OK;
 }
 
 CMMSHttp::ResultKind HttpClient::resultKind() const noexcept {
-  if (responseStatus_ != 0) return CMMSHttp::ResultKind::responseStatus;
+  if (relayStatus_ != 0) return relayStatusKind_;
   if (status_ == 0) return CMMSHttp::ResultKind::none;
   return httpAnswered_ ? CMMSHttp::ResultKind::httpStatus : CMMSHttp::ResultKind::error;
 }
 
 unsigned long HttpClient::getResult(char* text) const {
-  const bool answered = responseStatus_ != 0;
+  const bool answered = relayStatus_ != 0;
   if (text != nullptr) {
     const std::string_view full = answered ? responseText_ : resultText(status_);
     const std::size_t length = std::min(full.size(), kTextSize - 1);
     full.copy(text, length);
     text[length] = '\0';
   }
-  return answered ? responseStatus_ : status_;
+  return answered ? relayStatus_ : status_;
 }
 
 void HttpClient::closeRequest() {

@@ -101,6 +101,7 @@ constexpr auto kMeanings = std::to_array<ResultText>({
     {platform::kErrorInvalidParameter, "the URL is empty"},
     {platform::kErrorInsufficientBuffer, "the URL's host or path has 256 characters or more"},
     {platform::kErrorInvalidName, "the name of the file is not valid"},
+    {platform::kErrorFileTooLarge, "the message is larger than the limit"},
     {platform::kInternetTimeout, "no answer in time"},
     {platform::kInternetInternalError, "the HTTP component failed"},
     {platform::kInternetNameNotResolved, "the host name cannot be resolved"},

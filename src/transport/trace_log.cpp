@@ -30,11 +30,15 @@ TraceLog& traceLog() {
   return log;
 }
 
-void deliver(std::string_view line) {
+/// A line that cannot be delivered is lost: what is traced goes on.
+void deliver(std::string_view line) noexcept {
   TraceLog& log = traceLog();
-  const std::lock_guard lock(log.mutex);
-  if (log.monitor) platform::sendToTraceMonitor(std::string(line));
-  if (log.sink) log.sink(line);
+  try {
+    const std::lock_guard lock(log.mutex);
+    if (log.monitor) platform::sendToTraceMonitor(std::string(line));
+    if (log.sink) log.sink(line);
+  } catch (...) {  // NOLINT(bugprone-empty-catch): the host's own
+  }
 }
 
 }  // namespace

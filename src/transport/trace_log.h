@@ -14,7 +14,8 @@ namespace mmsbrix {
 using TraceSink = std::function<void(std::string_view line)>;
 
 /// Replaces the sink of the process; an empty one ends the tracing.  The sink is called from the
-/// thread that sends, one call at a time, and must not set a sink itself.
+/// thread that sends and from that of the WAP stack, one call at a time, and must not set a sink
+/// itself; what it throws is dropped with the line.
 MMSBRIX_API void setTraceSink(TraceSink sink);
 
 }  // namespace mmsbrix

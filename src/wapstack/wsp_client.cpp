@@ -1,37 +1,16 @@
 #include "wapstack/wsp_client.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
+
+#include "wapstack/wsp_reason.h"
 
 namespace mmsbrix::session {
 namespace {
 
 std::vector<std::uint8_t> copy(Octets octets) {
   return {octets.begin(), octets.end()};
-}
-
-/// The WSP reason for an abort by WTP, which knows none of them.
-std::uint8_t reasonOf(const wtp::Event& event) {
-  if (event.abortType == static_cast<std::uint8_t>(wtp::AbortType::user)) return event.abortReason;
-  Reason reason = Reason::networkError;
-  switch (static_cast<wtp::AbortReason>(event.abortReason)) {
-    case wtp::AbortReason::protocolError:
-      reason = Reason::protocolError;
-      break;
-    case wtp::AbortReason::capacity:
-      reason = Reason::congestion;
-      break;
-    case wtp::AbortReason::messageTooLarge:
-      reason = Reason::mruExceeded;
-      break;
-    default:
-      break;
-  }
-  return static_cast<std::uint8_t>(reason);
-}
-
-bool is(std::uint8_t code, Reason reason) {
-  return code == static_cast<std::uint8_t>(reason);
 }
 
 /// The trigger that a result means where a Reply is expected, or any answer to a Connect.
@@ -46,6 +25,20 @@ Trigger triggerOf(const std::optional<ServerPdu>& pdu, bool connecting) {
 template <std::size_t N>
 void count(std::array<std::uint32_t, N>* counts, std::span<const Row> table, const Row* row) {
   if (counts != nullptr) ++(*counts)[static_cast<std::size_t>(row - table.data())];
+}
+
+Refusal refusalOf(wtp::Refusal refusal) {
+  return refusal == wtp::Refusal::tooManyTransactions ? Refusal::tooManyTransactions
+                                                      : Refusal::cannotBeSent;
+}
+
+/// A method's PDU, into which the body is copied once.
+std::vector<std::uint8_t> methodPdu(const Writer& head, Octets body) {
+  std::vector<std::uint8_t> pdu;
+  pdu.reserve(head.size() + body.size());
+  pdu.insert(pdu.end(), head.written().begin(), head.written().end());
+  pdu.insert(pdu.end(), body.begin(), body.end());
+  return pdu;
 }
 
 constexpr std::uint8_t kStatusOk = 0x20;
@@ -64,6 +57,12 @@ const char* refusalText(Refusal refusal) noexcept {
       return "the request is larger than the server accepts";
     case Refusal::cannotBeSent:
       return "the request takes more than 256 packets";
+    case Refusal::tooManyTransactions:
+      return "too many transactions are open";
+    case Refusal::unknownMethod:
+      return "the server has not agreed to this method";
+    case Refusal::ackHeadersTooLong:
+      return "the acknowledgement headers are longer than 255 octets";
   }
   return "";
 }
@@ -109,21 +108,37 @@ Refusal Client::invokeMethod(Id id, std::uint8_t method, std::string_view uri, O
       methods_.contains(id)) {
     return Refusal::wrongState;
   }
+  if (!mayInvoke(method)) return Refusal::unknownMethod;
   if (methods_.size() >= agreement_.methodMor) return Refusal::tooManyMethods;
-  Writer pdu;
-  encodeMethod(method, uri, headers, body, pdu);
-  if (agreement_.serverSduSize != 0 && pdu.size() > agreement_.serverSduSize) {
+  Writer head;
+  encodeMethod(method, uri, headers, {}, head);
+  if (method < kFirstPostMethod) body = {};
+  const std::size_t limit = agreement_.serverSduSize;
+  if (limit != 0 && (head.size() > limit || body.size() > limit - head.size())) {
     return Refusal::largerThanAgreed;
   }
-  const auto invoked = wtp_.invoke(server_, {wtp::Class::result}, copy(pdu.written()), now);
-  if (invoked.refusal != wtp::Refusal::none) return Refusal::cannotBeSent;
+  const auto invoked = wtp_.invoke(server_, {wtp::Class::result}, methodPdu(head, body), now);
+  if (invoked.refusal != wtp::Refusal::none) return refusalOf(invoked.refusal);
   methods_[id] = {State::requesting, invoked.handle};
   step(Trigger::methodRequest, 0, {.now = now});
   pump(now);
   return Refusal::none;
 }
 
+/// The standard's methods, and those that were agreed on beyond them.
+bool Client::mayInvoke(std::uint8_t method) const noexcept {
+  constexpr auto kMethods = std::to_array<std::uint8_t>({0x40, 0x41, 0x42, 0x43, 0x44, 0x60, 0x61});
+  return std::ranges::find(kMethods, method) != kMethods.end() ||
+         std::ranges::find(agreement_.extendedMethods, method) != agreement_.extendedMethods.end();
+}
+
+Octets Client::agreedAckHeaders(Octets ackHeaders) const noexcept {
+  return agreement_.has(kAckHeadersFacility) ? ackHeaders : Octets{};
+}
+
 Refusal Client::respondResult(Id id, Octets ackHeaders, TimePoint now) {
+  ackHeaders = agreedAckHeaders(ackHeaders);
+  if (ackHeaders.size() > wtp::kMaxInfoOctets) return Refusal::ackHeadersTooLong;
   const auto method = methods_.find(id);
   const bool taken = method != methods_.end() && stepMethod(method, Trigger::resultResponse,
                                                             {.octets = ackHeaders, .now = now});
@@ -140,6 +155,8 @@ Refusal Client::abortMethod(Id id, TimePoint now) {
 }
 
 Refusal Client::respondPush(Id id, Octets ackHeaders, TimePoint now) {
+  ackHeaders = agreedAckHeaders(ackHeaders);
+  if (ackHeaders.size() > wtp::kMaxInfoOctets) return Refusal::ackHeadersTooLong;
   const auto push = pushes_.find(id);
   const bool taken = push != pushes_.end() &&
                      stepPush(push, Trigger::pushResponse, {.octets = ackHeaders, .now = now});
@@ -278,9 +295,11 @@ void Client::invokeSession(Octets pdu, TimePoint now) {
   const auto invoked = wtp_.invoke(server_, {wtp::Class::result}, copy(pdu), now);
   transaction_ = invoked.handle;
   if (invoked.refusal == wtp::Refusal::none) return;
-  // Headers of more than 256 packets: nothing is on its way that could end this.
+  // Nothing is on its way that could end this.
+  const bool busy = invoked.refusal == wtp::Refusal::tooManyTransactions;
   state_ = State::null;
-  say(Event::Kind::disconnectIndication, static_cast<std::uint8_t>(Reason::mruExceeded));
+  say(Event::Kind::disconnectIndication,
+      static_cast<std::uint8_t>(busy ? Reason::congestion : Reason::mruExceeded));
 }
 
 void Client::sendUnreliable(PduType type, TimePoint now) {

@@ -53,7 +53,10 @@ enum class Refusal : std::uint8_t {
   wrongState,
   tooManyMethods,    ///< as many are open as was agreed
   largerThanAgreed,  ///< the PDU is above the server's SDU size
-  cannotBeSent,      ///< the transaction layer refuses it: more than 256 packets, or too many open
+  cannotBeSent,      ///< it takes more than 256 packets
+  tooManyTransactions,
+  unknownMethod,      ///< neither the standard's nor agreed on
+  ackHeadersTooLong,  ///< acknowledgement headers above 255 octets
 };
 [[nodiscard]] const char* refusalText(Refusal refusal) noexcept;
 
@@ -72,7 +75,8 @@ class Client {
   /// S-MethodInvoke.req.  `headers` begin with the content type for methods with a body.
   Refusal invokeMethod(Id id, std::uint8_t method, std::string_view uri, Octets headers,
                        Octets body, TimePoint now);
-  /// S-MethodResult.res; a method counts as open until this.
+  /// S-MethodResult.res; a method counts as open until this.  Acknowledgement headers go out where
+  /// the server agreed to have them, here and for pushes.
   Refusal respondResult(Id id, Octets ackHeaders, TimePoint now);
   Refusal abortMethod(Id id, TimePoint now);
   Refusal respondPush(Id id, Octets ackHeaders, TimePoint now);
@@ -111,6 +115,8 @@ class Client {
   void tell(const Row& row, Trigger trigger, const Occasion& occasion);
   void abortAll(Reason reason, TimePoint now);
   void invokeSession(Octets pdu, TimePoint now);
+  [[nodiscard]] bool mayInvoke(std::uint8_t method) const noexcept;
+  [[nodiscard]] Octets agreedAckHeaders(Octets ackHeaders) const noexcept;
   void sendUnreliable(PduType type, TimePoint now);
   Event& say(Event::Kind kind, std::uint8_t code);
 

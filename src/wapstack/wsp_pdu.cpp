@@ -8,6 +8,10 @@
 namespace mmsbrix::session {
 namespace {
 
+/// In the first octet of an address entry.  [WAP-230 8.2.2.3]
+constexpr std::uint8_t kBearerIncluded = 0x80;
+constexpr std::uint8_t kPortIncluded = 0x40;
+
 /// Octets whose length stands in a uintvar before them; nothing when they are not all there.
 std::optional<Octets> block(Reader& in, std::optional<std::uint32_t> length) {
   if (!length || *length > in.left()) return std::nullopt;
@@ -33,6 +37,42 @@ bool readHeadersAndData(Reader& in, ServerPdu& pdu) {
   if (!headers) return false;
   pdu.headers = *headers;
   pdu.data = in.rest();
+  return true;
+}
+
+bool readConnect(Reader& in, ClientPdu& pdu) {
+  const auto version = in.octet();
+  const auto capabilitiesLength = readUintvar(in);
+  const auto headersLength = readUintvar(in);
+  const auto capabilities = block(in, capabilitiesLength);
+  const auto headers = block(in, headersLength);
+  if (!version || !capabilities || !headers) return false;
+  pdu.version = *version;
+  pdu.capabilities = *capabilities;
+  pdu.headers = *headers;
+  return true;
+}
+
+/// A Resume's capabilities are passed over: its session has what was agreed on.
+bool readResume(Reader& in, ClientPdu& pdu) {
+  const auto id = readUintvar(in);
+  const auto length = readUintvar(in);
+  if (!id || !block(in, length)) return false;
+  pdu.sessionId = *id;
+  pdu.headers = in.rest();
+  return true;
+}
+
+bool readMethod(Reader& in, ClientPdu& pdu) {
+  const bool hasBody = pdu.type >= kFirstPostMethod;
+  const auto uriLength = readUintvar(in);
+  const auto headersLength = hasBody ? readUintvar(in) : std::optional<std::uint32_t>(0);
+  const auto uri = block(in, uriLength);
+  const auto headers = block(in, headersLength);
+  if (!uri || !headers) return false;
+  pdu.uri = asText(*uri);
+  pdu.headers = hasBody ? *headers : in.rest();
+  if (hasBody) pdu.data = in.rest();
   return true;
 }
 
@@ -129,8 +169,8 @@ std::vector<WdpAddress> redirectAddresses(Octets entries, const WdpAddress& curr
     std::uint8_t bearer = 0;
     WdpAddress address;
     address.port = current.port;
-    if ((*head & 0x80) != 0) bearer = in.octet().value_or(0xFF);
-    if ((*head & 0x40) != 0) {
+    if ((*head & kBearerIncluded) != 0) bearer = in.octet().value_or(0xFF);
+    if ((*head & kPortIncluded) != 0) {
       const auto high = in.octet();
       const auto low = in.octet();
       if (!low) break;
@@ -138,12 +178,81 @@ std::vector<WdpAddress> redirectAddresses(Octets entries, const WdpAddress& curr
     }
     const Octets octets = in.take(*head & 0x3F);
     if (in.failed()) break;
-    if ((octets.size() != 4 && octets.size() != 16) || !routesIp(bearer)) continue;
+    const bool usable = (octets.size() == 4 || octets.size() == 16) && address.port != 0;
+    if (!usable || !routesIp(bearer)) continue;
     address.size = static_cast<std::uint8_t>(octets.size());
     std::ranges::copy(octets, address.octets.begin());
     addresses.push_back(address);
   }
   return addresses;
+}
+
+std::optional<ClientPdu> decodeClientPdu(Octets octets) noexcept {
+  Reader in(octets);
+  const auto type = in.octet();
+  if (!type) return std::nullopt;
+  ClientPdu pdu;
+  pdu.type = *type;
+  bool sound = false;
+  if (pdu.isMethod()) {
+    sound = readMethod(in, pdu);
+  } else if (pdu.is(PduType::connect)) {
+    sound = readConnect(in, pdu);
+  } else if (pdu.is(PduType::resume)) {
+    sound = readResume(in, pdu);
+  } else if (pdu.is(PduType::disconnect) || pdu.is(PduType::suspend)) {
+    const auto id = readUintvar(in);
+    sound = id.has_value();
+    pdu.sessionId = id.value_or(0);
+  }
+  if (!sound) return std::nullopt;
+  return pdu;
+}
+
+void encodeConnectReply(std::uint32_t sessionId, Octets capabilities, Octets headers,
+                        Writer& out) noexcept {
+  out.octet(static_cast<std::uint8_t>(PduType::connectReply));
+  writeUintvar(out, sessionId);
+  writeUintvar(out, static_cast<std::uint32_t>(capabilities.size()));
+  writeUintvar(out, static_cast<std::uint32_t>(headers.size()));
+  out.append(capabilities);
+  out.append(headers);
+}
+
+void encodeAddresses(std::span<const WdpAddress> addresses, const WdpAddress& current,
+                     Writer& out) noexcept {
+  for (const WdpAddress& address : addresses) {
+    const bool otherPort = address.port != current.port;
+    out.octet(static_cast<std::uint8_t>(address.size | (otherPort ? kPortIncluded : 0)));
+    if (otherPort) {
+      out.octet(static_cast<std::uint8_t>(address.port >> 8));
+      out.octet(static_cast<std::uint8_t>(address.port & 0xFF));
+    }
+    out.append(Octets(address.octets).first(address.size));
+  }
+}
+
+void encodeRedirect(std::uint8_t flags, std::span<const WdpAddress> addresses,
+                    const WdpAddress& current, Writer& out) noexcept {
+  out.octet(static_cast<std::uint8_t>(PduType::redirect));
+  out.octet(flags);
+  encodeAddresses(addresses, current, out);
+}
+
+void encodeReply(std::uint8_t status, Octets headers, Octets body, Writer& out) noexcept {
+  out.reserve(headers.size() + body.size() + kMaxUintvarOctets + 2);
+  out.octet(static_cast<std::uint8_t>(PduType::reply));
+  out.octet(status);
+  writeUintvar(out, static_cast<std::uint32_t>(headers.size()));
+  out.append(headers);
+  out.append(body);
+}
+
+void encodePush(PduType type, Octets headers, Octets body, Writer& out) noexcept {
+  out.octet(static_cast<std::uint8_t>(type));
+  writeUintvar(out, static_cast<std::uint32_t>(headers.size()));
+  out.append(headers);
+  out.append(body);
 }
 
 }  // namespace mmsbrix::session

@@ -96,17 +96,6 @@ static_assert(kSessionRows.size() <= RowCounts::kMaxRows &&
 
 }  // namespace
 
-const Row* findRow(std::span<const Row> table, State state, Trigger trigger,
-                   fact::Set facts) noexcept {
-  for (const Row& row : table) {
-    if (row.state == state && row.trigger == trigger && (row.with & facts) == row.with &&
-        (row.without & facts) == 0) {
-      return &row;
-    }
-  }
-  return nullptr;
-}
-
 std::span<const Row> sessionTable() noexcept {
   return kSessionRows;
 }

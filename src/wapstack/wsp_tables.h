@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <span>
 
+#include "wapstack/state_table.h"
+
 namespace mmsbrix::session {
 
 enum class State : std::uint8_t {
@@ -111,8 +113,6 @@ struct Row {
   State next;
 };
 
-[[nodiscard]] const Row* findRow(std::span<const Row> table, State state, Trigger trigger,
-                                 fact::Set facts) noexcept;
 [[nodiscard]] std::span<const Row> sessionTable() noexcept;
 [[nodiscard]] std::span<const Row> methodTable() noexcept;
 [[nodiscard]] std::span<const Row> pushTable() noexcept;

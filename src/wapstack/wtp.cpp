@@ -34,9 +34,9 @@ std::uint16_t Endpoint::freshTid() {
   // Every peer sees TIDs that go up; one that is still in use somewhere is passed over.
   for (;;) {
     const auto tid = static_cast<std::uint16_t>(nextTid_++ & kTidMask);
-    const auto used = std::ranges::any_of(byKey_, [tid](const auto& entry) {
-      return entry.first.role == Role::initiator && entry.first.tid == tid;
-    });
+    const auto next = byKey_.lower_bound({Role::initiator, tid, {.octets = {}, .size = 0}});
+    const bool used =
+        next != byKey_.end() && next->first.role == Role::initiator && next->first.tid == tid;
     if (!used) return tid;
   }
 }
@@ -54,6 +54,7 @@ Invoked Endpoint::invoke(const WdpAddress& peer, Transaction::Terms terms,
   const std::size_t packets = SegmentSender::packets(data.size(), unit);
   if (!mayBeSegmented && packets > 1) return {Refusal::tooLargeForDatagram, 0};
   if (packets > kMaxSegments) return {Refusal::tooManySegments, 0};
+  if (count(Role::initiator) >= kMaxOwnTransactions) makeRoom();
   if (count(Role::initiator) >= kMaxOwnTransactions) return {Refusal::tooManyTransactions, 0};
 
   const Key key{Role::initiator, freshTid(), peer};
@@ -62,18 +63,71 @@ Invoked Endpoint::invoke(const WdpAddress& peer, Transaction::Terms terms,
       handle, Entry{key, Transaction(key.role, handle, peer, key.tid, terms, shared_)});
   byKey_[key] = handle;
   ++own_;
+  // Class 0 is not verified, so that it neither begins anew nor waits.
+  const auto start =
+      terms.transactionClass == Class::push ? Transaction::Start::atOnce : startOf(peer, handle);
   entry->second.transaction.invoke(SegmentSender(std::move(data), unit, settings.maxGroupSegments),
-                                   now);
-  settle(handle);
+                                   start, now);
+  settle(handle, now);
   return {Refusal::none, handle};
 }
 
+/// A peer that asked about several TIDs in a row has seen higher ones of an earlier run of ours. It
+/// is told once that they begin anew, and gets no further invoke until it has verified that.
+/// [WAP-224 7.8.3]
+Transaction::Start Endpoint::startOf(const WdpAddress& peer, Handle handle) {
+  const auto found = doubters_.find(peer);
+  if (found == doubters_.end()) return Transaction::Start::atOnce;
+  Doubter& doubter = found->second;
+  if (doubter.verified != 0) {
+    doubter.held.push_back(handle);
+    return Transaction::Start::held;
+  }
+  if (doubter.told || doubter.inARow < kDoubtsBeforeNewTid) return Transaction::Start::atOnce;
+  doubter.told = true;
+  doubter.verified = handle;
+  return Transaction::Start::withNewTid;
+}
+
+/// Learns from the answers to an own transaction whether the peer believes our TIDs.
+void Endpoint::noteAnswer(Entry& entry, const Pdu& pdu) {
+  if (entry.key.role != Role::initiator || entry.answered) return;
+  if (pdu.type == PduType::ack && pdu.verify) {
+    entry.doubted = true;
+    return;
+  }
+  entry.answered = true;
+  const auto found = doubters_.find(entry.key.peer);
+  if (entry.doubted) {
+    if (found != doubters_.end()) {
+      ++found->second.inARow;
+    } else if (doubters_.size() < kMaxCachedPeers) {
+      doubters_[entry.key.peer].inARow = 1;
+    }
+  } else if (found != doubters_.end() && found->second.verified == 0) {
+    doubters_.erase(found);
+  }
+}
+
+/// Lets go what was held for this transaction, if that was so.
+void Endpoint::releaseHeld(const WdpAddress& peer, Handle verified, TimePoint now) {
+  const auto found = doubters_.find(peer);
+  if (found == doubters_.end() || found->second.verified != verified) return;
+  found->second.verified = 0;
+  for (const Handle handle : std::exchange(found->second.held, {})) {
+    const auto entry = transactions_.find(handle);
+    if (entry == transactions_.end()) continue;
+    entry->second.transaction.release(now);
+    settle(handle, now);
+  }
+}
+
 template <typename Act>
-Refusal Endpoint::apply(Handle handle, Act act) {
+Refusal Endpoint::apply(Handle handle, TimePoint now, Act act) {
   const auto entry = transactions_.find(handle);
   if (entry == transactions_.end()) return Refusal::unknownHandle;
   const Refusal refusal = act(entry->second.transaction);
-  settle(handle);
+  settle(handle, now);
   return refusal;
 }
 
@@ -84,19 +138,19 @@ Refusal unlessTaken(bool taken) {
 }  // namespace
 
 Refusal Endpoint::respondInvoke(Handle handle, Octets exitInfo, TimePoint now) {
-  return apply(handle, [&](Transaction& transaction) {
+  return apply(handle, now, [&](Transaction& transaction) {
     return unlessTaken(transaction.respond(Trigger::invokeResponse, exitInfo, now));
   });
 }
 
 Refusal Endpoint::respondResult(Handle handle, Octets exitInfo, TimePoint now) {
-  return apply(handle, [&](Transaction& transaction) {
+  return apply(handle, now, [&](Transaction& transaction) {
     return unlessTaken(transaction.respond(Trigger::resultResponse, exitInfo, now));
   });
 }
 
 Refusal Endpoint::sendResult(Handle handle, std::vector<std::uint8_t> data, TimePoint now) {
-  return apply(handle, [&](Transaction& transaction) {
+  return apply(handle, now, [&](Transaction& transaction) {
     const Settings& settings = shared_.settings;
     const std::size_t unit = transaction.resultSegmentOctets();
     const std::size_t packets = SegmentSender::packets(data.size(), unit);
@@ -108,23 +162,58 @@ Refusal Endpoint::sendResult(Handle handle, std::vector<std::uint8_t> data, Time
 }
 
 Refusal Endpoint::abandon(Handle handle, std::uint8_t reason, TimePoint now) {
-  return apply(handle, [&](Transaction& transaction) {
+  return apply(handle, now, [&](Transaction& transaction) {
     return unlessTaken(transaction.abandon(reason, now));
   });
 }
 
-void Endpoint::settle(Handle handle) {
+void Endpoint::settle(Handle handle, TimePoint now) {
   const auto found = transactions_.find(handle);
   if (found == transactions_.end()) return;
   Entry& entry = found->second;
+  const WdpAddress peer = entry.key.peer;
+  const bool own = entry.key.role == Role::initiator;
+  const bool verified = own && (entry.answered || entry.transaction.finished());
   if (entry.transaction.finished()) {
-    if (entry.key.role == Role::initiator) --own_;
-    byKey_.erase(entry.key);
-    transactions_.erase(found);
-  } else if (entry.transaction.tid() != entry.key.tid) {
-    byKey_.erase(entry.key);
-    entry.key.tid = entry.transaction.tid();
-    byKey_[entry.key] = handle;
+    if (entry.transaction.leftOpen()) tids_.served(peer, entry.key.tid, now);
+    forget(found);
+    while (!resting_.empty() && !transactions_.contains(resting_.front())) resting_.pop_front();
+  } else {
+    if (entry.transaction.tid() != entry.key.tid) {
+      byKey_.erase(entry.key);
+      entry.key.tid = entry.transaction.tid();
+      byKey_[entry.key] = handle;
+    }
+    if (own && entry.transaction.state() == State::waitTimeout &&
+        !std::exchange(entry.resting, true)) {
+      resting_.push_back(handle);
+    }
+    const auto due = entry.transaction.deadline();
+    if (due != entry.due) {
+      if (entry.due) timers_.erase({*entry.due, handle});
+      if (due) timers_.emplace(*due, handle);
+      entry.due = due;
+    }
+  }
+  if (verified) releaseHeld(peer, handle, now);
+}
+
+void Endpoint::forget(std::map<Handle, Entry>::iterator entry) {
+  if (entry->second.due) timers_.erase({*entry->second.due, entry->first});
+  if (entry->second.key.role == Role::initiator) --own_;
+  byKey_.erase(entry->second.key);
+  transactions_.erase(entry);
+}
+
+/// Forgets the transaction that has waited longest for late packets: another one is worth more than
+/// repeating its Ack.
+void Endpoint::makeRoom() {
+  while (!resting_.empty()) {
+    const auto entry = transactions_.find(resting_.front());
+    resting_.pop_front();
+    if (entry == transactions_.end()) continue;
+    forget(entry);
+    return;
   }
 }
 
@@ -143,17 +232,19 @@ void Endpoint::receivePdu(const WdpAddress& peer, Octets octets, TimePoint now) 
   const auto known = byKey_.find(key);
   if (known != byKey_.end()) {
     const Handle handle = known->second;
-    Transaction& transaction = transactions_.at(handle).transaction;
+    Entry& entry = transactions_.at(handle);
+    Transaction& transaction = entry.transaction;
     if (decoded.error != PduError::none) {
       transaction.receiveBroken(now);
     } else {
       const bool doubted = transaction.tidDoubted();
       transaction.receive(pdu, now);
+      noteAnswer(entry, pdu);
       if (doubted && !transaction.tidDoubted()) {
         tids_.verified(peer, key.tid, transaction.tidNew(), now);
       }
     }
-    settle(handle);
+    settle(handle, now);
   } else if (decoded.error != PduError::unknownType && pdu.type == PduType::invoke && !own) {
     receiveInvoke(key, decoded, now);
   } else if (decoded.error == PduError::none && pdu.type == PduType::ack && pdu.verify && own) {
@@ -162,8 +253,10 @@ void Endpoint::receivePdu(const WdpAddress& peer, Octets octets, TimePoint now) 
 }
 
 void Endpoint::receiveInvoke(const Key& key, const DecodedPdu& decoded, TimePoint now) {
-  if (count(Role::responder) >= kMaxPeerTransactions) return;
   const Pdu& pdu = decoded.pdu;
+  // Class 0 leaves nothing behind, and may be the end of a session.
+  const bool leavesNothing = pdu.classBits == static_cast<std::uint8_t>(Class::push);
+  if (!leavesNothing && count(Role::responder) >= kMaxPeerTransactions) return;
   const Transaction::Terms terms{static_cast<Class>(pdu.classBits), pdu.userAck};
   const Handle handle = ++lastHandle_;
   Transaction transaction(key.role, handle, key.peer, key.tid, terms, shared_);
@@ -181,6 +274,7 @@ void Endpoint::receiveInvoke(const Key& key, const DecodedPdu& decoded, TimePoin
   if (transaction.finished()) return;
   transactions_.try_emplace(handle, Entry{key, std::move(transaction)});
   byKey_[key] = handle;
+  settle(handle, now);
 }
 
 /// Answers a Tve for a transaction that is not there: a Tok would have it run once more.
@@ -196,23 +290,18 @@ void Endpoint::refuseTid(const Key& key) {
 
 void Endpoint::onTimer(TimePoint now) {
   std::vector<Handle> due;
-  for (const auto& [handle, entry] : transactions_) {
-    const auto at = entry.transaction.deadline();
-    if (at && *at <= now) due.push_back(handle);
+  for (auto timer = timers_.begin(); timer != timers_.end() && timer->first <= now; ++timer) {
+    due.push_back(timer->second);
   }
   for (const Handle handle : due) {
     transactions_.at(handle).transaction.onTimer(now);
-    settle(handle);
+    settle(handle, now);
   }
 }
 
 std::optional<TimePoint> Endpoint::deadline() const {
-  std::optional<TimePoint> earliest;
-  for (const auto& [handle, entry] : transactions_) {
-    const auto at = entry.transaction.deadline();
-    if (at && (!earliest || *at < *earliest)) earliest = at;
-  }
-  return earliest;
+  if (timers_.empty()) return std::nullopt;
+  return timers_.begin()->first;
 }
 
 std::optional<Event> Endpoint::takeEvent() {

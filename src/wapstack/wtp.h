@@ -5,8 +5,11 @@
 #define MMSBRIX_WAPSTACK_WTP_H
 
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <optional>
+#include <set>
+#include <utility>
 #include <vector>
 
 #include "wapstack/wtp_tid.h"
@@ -72,30 +75,49 @@ class Endpoint {
 
  private:
   struct Key {
-    Transaction::Role role;
-    std::uint16_t tid;
+    Transaction::Role role{};
+    std::uint16_t tid = 0;
     WdpAddress peer;
     auto operator<=>(const Key&) const = default;
   };
   struct Entry {
     Key key;
     Transaction transaction;
+    std::optional<TimePoint> due{};  ///< as it stands in timers_
+    bool doubted = false;            ///< of our own: the peer asked about the TID
+    bool answered = false;           ///< and then, or at once, went on
+    bool resting = false;            ///< it only waits for late packets
+  };
+  /// A peer that does not believe our TIDs.
+  struct Doubter {
+    unsigned inARow = 0;
+    bool told = false;    ///< that our TIDs begin anew
+    Handle verified = 0;  ///< the invoke that said so, until the peer has verified its TID
+    std::vector<Handle> held;
   };
 
   void receivePdu(const WdpAddress& peer, Octets octets, TimePoint now);
   void receiveInvoke(const Key& key, const DecodedPdu& decoded, TimePoint now);
   void refuseTid(const Key& key);
-  /// Drops a transaction that has finished and follows one that changed its TID.
-  void settle(Handle handle);
+  [[nodiscard]] Transaction::Start startOf(const WdpAddress& peer, Handle handle);
+  void noteAnswer(Entry& entry, const Pdu& pdu);
+  void releaseHeld(const WdpAddress& peer, Handle verified, TimePoint now);
+  /// Brings the books up to date after something happened to a transaction.
+  void settle(Handle handle, TimePoint now);
+  void forget(std::map<Handle, Entry>::iterator entry);
+  void makeRoom();
   [[nodiscard]] std::uint16_t freshTid();
   [[nodiscard]] std::size_t count(Transaction::Role role) const;
   template <typename Act>
-  Refusal apply(Handle handle, Act act);
+  Refusal apply(Handle handle, TimePoint now, Act act);
 
   Shared shared_;
   TidCache tids_;
   std::map<Handle, Entry> transactions_;
   std::map<Key, Handle> byKey_;
+  std::set<std::pair<TimePoint, Handle>> timers_;
+  std::deque<Handle> resting_;  // the longest first; some may be gone
+  std::map<WdpAddress, Doubter> doubters_;
   std::size_t own_ = 0;
   Handle lastHandle_ = 0;
   std::uint16_t nextTid_;

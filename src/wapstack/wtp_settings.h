@@ -23,6 +23,8 @@ inline constexpr std::size_t kMaxPeerTransactions = 256;
 inline constexpr std::size_t kMaxOwnTransactions = 4096;
 /// Peers whose last transaction identifier is remembered.
 inline constexpr std::size_t kMaxCachedPeers = 256;
+/// Transactions in a row whose TID a peer asks about before it is told that our TIDs begin anew.
+inline constexpr unsigned kDoubtsBeforeNewTid = 3;
 /// How long the network may keep a packet, and how many verified TIDs are remembered meanwhile.
 inline constexpr Duration kPacketLifetime{120000};
 inline constexpr std::size_t kMaxVerifiedTids = 1024;

@@ -18,8 +18,14 @@ constexpr act::Set kResultBegins = kConfirmInvoke | kSetHoldOn;
 constexpr auto kInitiator = std::to_array<Row>({
     // NULL
     {S::null, T::invokeRequest, kClass0, 0, kSendGroup, S::null},
+    {S::null, T::invokeRequest, kHeldBack, 0, 0, S::held},
     {S::null, T::invokeRequest, kNextEnds, 0, kSend, S::resultWait},
     {S::null, T::invokeRequest, 0, 0, kSend, S::groupWait},
+
+    // Held back: nothing of it is on its way yet.  What it waits for has a limit of its own.
+    {S::held, T::released, kNextEnds, 0, kSend, S::resultWait},
+    {S::held, T::released, 0, kNextEnds, kSend, S::groupWait},
+    {S::held, T::abortRequest, 0, 0, 0, S::null},
 
     // A group that is not the last awaits its Ack.  With a Tve the Ack counts for the group too.
     {S::groupWait, T::rcvAck, kTve | kAcks | kNextEnds, 0, kSendTok | kSend, S::resultWait},
@@ -39,6 +45,8 @@ constexpr auto kInitiator = std::to_array<Row>({
     {S::groupWait, T::limit, 0, 0, kGiveUp, S::null},
 
     // RESULT WAIT, for class 1 the wait for the Ack
+    // A Tve behind a hold-on Ack is a late copy: it must not start the retries anew.
+    {S::resultWait, T::rcvAck, kTve | kHoldOn, 0, kSendTok | kStartSilence, S::resultWait},
     {S::resultWait, T::rcvAck, kTve | kRetriesLeft, 0, kCountRetry | kSendTok | kStartRetry, S::resultWait},
     {S::resultWait, T::rcvAck, kClass1 | kAcks, kTve, kConfirmInvoke, S::null},
     {S::resultWait, T::rcvAck, kClass2 | kAcks, kTve | kHoldOn, kConfirmInvoke | kSetHoldOn | kStartSilence, S::resultWait},
@@ -82,9 +90,10 @@ constexpr auto kInitiator = std::to_array<Row>({
     {S::resultRespWait, T::abortRequest, 0, 0, kSendAbort, S::null},
     {S::resultRespWait, T::rcvError, 0, 0, kGiveUp, S::null},
 
-    // WAIT TIMEOUT.  A Tve now asks about a finished transaction: a Tok would run it again.
+    // WAIT TIMEOUT.  A Tve now asks about a finished transaction: a Tok would run it again.  Where one
+    // was sent before, it is a late copy, and an Abort would end what the peer has just served.
     {S::waitTimeout, T::rcvResult, kResent, 0, kResendAck, S::waitTimeout},
-    {S::waitTimeout, T::rcvAck, kTve, 0, kSendAbort, S::waitTimeout},
+    {S::waitTimeout, T::rcvAck, kTve, kStoodBy, kSendAbort, S::waitTimeout},
     {S::waitTimeout, T::rcvAbort, 0, 0, kIndicateAbort, S::null},
     {S::waitTimeout, T::abortRequest, 0, 0, kSendAbort, S::null},
     {S::waitTimeout, T::waitTimer, 0, 0, 0, S::null},
@@ -188,17 +197,6 @@ static_assert(kInitiator.size() <= RowCounts::kMaxRows);
 static_assert(kResponder.size() <= RowCounts::kMaxRows);
 
 }  // namespace
-
-const Row* findRow(std::span<const Row> table, State state, Trigger trigger,
-                   fact::Set facts) noexcept {
-  for (const Row& row : table) {
-    if (row.state == state && row.trigger == trigger && (row.with & facts) == row.with &&
-        (row.without & facts) == 0) {
-      return &row;
-    }
-  }
-  return nullptr;
-}
 
 std::span<const Row> initiatorTable() noexcept {
   return kInitiator;

@@ -9,11 +9,14 @@
 #include <cstdint>
 #include <span>
 
+#include "wapstack/state_table.h"
+
 namespace mmsbrix::wtp {
 
 /// The standard's states of both sides, the initiator's NULL and the responder's LISTEN being
-/// `null`, and three for messages of several packets: `groupWait` while the Ack of a group that
-/// is not the last is awaited, `receiving` while a message is being put together.
+/// `null`, and two for messages of several packets: `groupWait` while the Ack of a group that is
+/// not the last is awaited, `receiving` while a message is being put together.  An invoke is `held`
+/// until the peer has verified a TID that was marked as new.
 enum class State : std::uint8_t {
   null,
   groupWait,
@@ -23,6 +26,7 @@ enum class State : std::uint8_t {
   tidOkWait,
   invokeRespWait,
   waitTimeout,
+  held,
 };
 
 enum class Trigger : std::uint8_t {
@@ -42,7 +46,8 @@ enum class Trigger : std::uint8_t {
   waitTimer,
   delayTimer,  ///< the peer asked for a pause before this group
   nackTimer,
-  limit,  ///< silence, or the whole took too long
+  released,  ///< the verification that an invoke was held for is over
+  limit,     ///< silence, or the whole took too long
 };
 
 /// What a row may ask about; a set of bits.
@@ -75,6 +80,8 @@ inline constexpr Set kWrongVersion = 1u << 23;  ///< of an invoke
 inline constexpr Set kNoClass = 1u << 24;       ///< an invoke of the reserved class
 inline constexpr Set kNoClass2 = 1u << 25;      ///< an invoke of class 2, which is not served here
 inline constexpr Set kNoSegments = 1u << 26;    ///< one packet of several, which is not served here
+inline constexpr Set kHeldBack = 1u << 27;      ///< our invoke must not go out yet
+inline constexpr Set kStoodBy = 1u << 28;       ///< a Tok was sent for this TID
 }  // namespace fact
 
 /// What a row does; a set of bits, carried out in the order of the bits.
@@ -115,10 +122,6 @@ struct Row {
   act::Set actions;
   State next;
 };
-
-/// The first row that takes the event, or null.
-[[nodiscard]] const Row* findRow(std::span<const Row> table, State state, Trigger trigger,
-                                 fact::Set facts) noexcept;
 
 [[nodiscard]] std::span<const Row> initiatorTable() noexcept;
 [[nodiscard]] std::span<const Row> responderTable() noexcept;

@@ -30,19 +30,18 @@ enum class TidVerdict : std::uint8_t {
 /// The last TID of each initiator, for a bounded number of them.
 class TidCache {
  public:
-  /// Judges the TID of a new invoke.  An unknown peer is believed.
+  /// Judges the TID of a new invoke.  An unknown peer is believed, unless it says itself that its
+  /// TIDs begin anew.
   [[nodiscard]] TidVerdict judge(const WdpAddress& peer, std::uint16_t tid, bool tidNew,
                                  TimePoint now) {
+    const auto served = served_.find({peer, tid});
+    if (served != served_.end() && now - served->second < kPacketLifetime) return TidVerdict::old;
     const auto known = last_.find(peer);
     if (known == last_.end()) {
       // Forgetting some peer costs a check of duplicates that nobody sends this late.
       if (last_.size() >= kMaxCachedPeers) last_.erase(last_.begin());
-      last_.emplace(peer, tid);
-      return TidVerdict::believed;
-    }
-    const auto served = verified_.find({peer, tid});
-    if (served != verified_.end() && now - served->second < kPacketLifetime) {
-      return TidVerdict::old;
+      last_.emplace(peer, tidNew ? std::uint16_t{0} : tid);
+      return tidNew ? TidVerdict::doubted : TidVerdict::believed;
     }
     if (tidNew) {
       known->second = 0;
@@ -57,14 +56,18 @@ class TidCache {
   /// the invoke must not be verified by them once more.
   void verified(const WdpAddress& peer, std::uint16_t tid, bool tidNew, TimePoint now) {
     if (tidNew) last_[peer] = tid;
-    std::erase_if(verified_,
-                  [now](const auto& served) { return now - served.second >= kPacketLifetime; });
-    if (verified_.size() < kMaxVerifiedTids) verified_[{peer, tid}] = now;
+    served(peer, tid, now);
+  }
+  /// The transaction was served, yet the peer may still stand by its TID.
+  void served(const WdpAddress& peer, std::uint16_t tid, TimePoint now) {
+    std::erase_if(served_,
+                  [now](const auto& entry) { return now - entry.second >= kPacketLifetime; });
+    if (served_.size() < kMaxVerifiedTids) served_[{peer, tid}] = now;
   }
 
  private:
   std::map<WdpAddress, std::uint16_t> last_;
-  std::map<std::pair<WdpAddress, std::uint16_t>, TimePoint> verified_;
+  std::map<std::pair<WdpAddress, std::uint16_t>, TimePoint> served_;
 };
 
 }  // namespace mmsbrix::wtp

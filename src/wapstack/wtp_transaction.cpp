@@ -1,6 +1,7 @@
 #include "wapstack/wtp_transaction.h"
 
 #include <algorithm>
+#include <bitset>
 
 namespace mmsbrix::wtp {
 namespace {
@@ -59,10 +60,15 @@ Transaction::Transaction(Role role, Handle handle, const WdpAddress& peer, std::
       in_(std::min(role == Role::initiator ? shared.settings.maxMessage : shared.settings.maxInvoke,
                    kMaxReassembly)) {}
 
-void Transaction::invoke(SegmentSender message, TimePoint now) {
+void Transaction::invoke(SegmentSender message, Start start, TimePoint now) {
   out_ = std::move(message);
+  tidNew_ = start == Start::withNewTid;
   limitAt_ = now + shared_->settings.overallLimit;
-  step(Trigger::invokeRequest, 0, nullptr, now);
+  step(Trigger::invokeRequest, start == Start::held ? fact::kHeldBack : 0, nullptr, now);
+}
+
+void Transaction::release(TimePoint now) {
+  step(Trigger::released, 0, nullptr, now);
 }
 
 void Transaction::doubtTid(bool tidNew) noexcept {
@@ -77,6 +83,7 @@ fact::Set Transaction::standingFacts() const noexcept {
   when(holdOn_, fact::kHoldOn);
   when(ackSent_, fact::kAckSent);
   when(tokSent_, fact::kTokSent);
+  when(stoodBy_, fact::kStoodBy);
   when(tidBad_, fact::kTidBad);
   when(out_.segmented(), fact::kSegmented);
   when(out_.nextEnds(), fact::kNextEnds);
@@ -162,8 +169,11 @@ void Transaction::receiveBroken(TimePoint now) {
 }
 
 bool Transaction::respond(Trigger response, Octets exitInfo, TimePoint now) {
-  exitInfo_.assign(exitInfo.begin(), exitInfo.end());
-  return step(response, 0, nullptr, now);
+  // An answer that comes too late must not change what is repeated.
+  auto before = std::exchange(exitInfo_, std::vector(exitInfo.begin(), exitInfo.end()));
+  if (step(response, 0, nullptr, now)) return true;
+  exitInfo_ = std::move(before);
+  return false;
 }
 
 std::size_t Transaction::resultSegmentOctets() const noexcept {
@@ -221,6 +231,9 @@ void Transaction::act(const Row& row, Trigger trigger, fact::Set facts, const Pd
     limitAt_ = now + shared_->settings.overallLimit;
   }
   state_ = row.next;
+  constexpr act::Set kEnds = act::kSendAbort | act::kIndicateAbort;
+  leftOpen_ = role_ == Role::responder && finished() && in_.complete() &&
+              trigger != Trigger::rcvAbort && (actions & kEnds) != 0;
 
   if ((actions & act::kCountRetry) != 0) ++retries_;
   if ((actions & act::kCountAec) != 0) ++ackExpirations_;
@@ -228,7 +241,7 @@ void Transaction::act(const Row& row, Trigger trigger, fact::Set facts, const Pd
   if ((actions & act::kVerified) != 0) tidBad_ = false;
   if ((actions & act::kRestartWhole) != 0) {
     tid_ = shared_->freshTid();
-    tokSent_ = false;
+    tokSent_ = stoodBy_ = false;
     whole_ = true;
     out_ = SegmentSender(out_.data(), kMaxDatagram, 1);
   }
@@ -250,7 +263,10 @@ void Transaction::act(const Row& row, Trigger trigger, fact::Set facts, const Pd
 }
 
 void Transaction::send(act::Set actions, const Pdu* pdu) {
-  if ((actions & act::kSendTok) != 0) sendAck(true, std::exchange(tokSent_, true));
+  if ((actions & act::kSendTok) != 0) {
+    sendAck(true, std::exchange(tokSent_, true));
+    stoodBy_ = true;
+  }
   if ((actions & act::kSendTve) != 0) sendAck(true, std::exchange(tveSent_, true));
   if ((actions & act::kSendGroup) != 0) {
     retries_ = 0;
@@ -265,11 +281,11 @@ void Transaction::send(act::Set actions, const Pdu* pdu) {
   }
   if ((actions & act::kResendListed) != 0) {
     out_.lost();
+    std::bitset<kMaxSegments> listed;
+    for (const std::uint8_t psn : pdu->missing) listed.set(psn);
     for (std::size_t psn = out_.groupFirst(); psn <= out_.groupLast(); ++psn) {
-      const auto number = static_cast<std::uint8_t>(psn);
-      if (pdu->missing.empty() || std::ranges::find(pdu->missing, number) != pdu->missing.end()) {
-        sendPacket(number, true);
-      }
+      if (pdu->missing.empty() || listed.test(psn))
+        sendPacket(static_cast<std::uint8_t>(psn), true);
     }
   }
   if ((actions & (act::kSendAck | act::kAckGroup)) != 0) sendAck(false, false);
@@ -420,6 +436,7 @@ void Transaction::sendPacket(std::uint8_t psn, bool resent) {
   if (pdu.last && psn == 0 && !mayBeSegmented()) pdu.groupEnd = true;
   pdu.classBits = static_cast<std::uint8_t>(terms_.transactionClass);
   pdu.userAck = terms_.userAck;
+  pdu.tidNew = initiator && tidNew_;
   pdu.data = out_.packet(psn);
   emit(pdu);
 }
@@ -431,7 +448,11 @@ void Transaction::sendAck(bool verify, bool resent) {
   pdu.resent = resent;
   const bool ofMessage = !verify || role_ == Role::responder;
   if (ofMessage && in_.segmented()) pdu.tpis.psn = in_.acknowledgedPsn();
-  if (!verify && in_.complete() && !exitInfo_.empty()) pdu.tpis.info = Octets(exitInfo_);
+  // Exit information belongs to the last Ack, not to one that only holds on.
+  const bool holdsOn = role_ == Role::responder && terms_.transactionClass == Class::result;
+  if (!verify && !holdsOn && in_.complete() && !exitInfo_.empty()) {
+    pdu.tpis.info = Octets(exitInfo_);
+  }
   emit(pdu);
 }
 

@@ -69,8 +69,18 @@ class Transaction {
   /// True when nothing is left to do and the object may go.
   [[nodiscard]] bool finished() const noexcept { return state_ == State::null; }
   [[nodiscard]] State state() const noexcept { return state_; }
+  /// True when a responder ended on its own what it had delivered: the initiator may not know yet
+  /// and would stand by its TID.
+  [[nodiscard]] bool leftOpen() const noexcept { return leftOpen_; }
 
-  void invoke(SegmentSender message, TimePoint now);
+  /// How an invoke goes out.
+  enum class Start : std::uint8_t {
+    atOnce,
+    withNewTid,  ///< at once, marked so that the peer forgets which TIDs it has seen
+    held,        ///< by release()
+  };
+  void invoke(SegmentSender message, Start start, TimePoint now);
+  void release(TimePoint now);
   void receive(const Pdu& pdu, TimePoint now);
   void receiveBroken(TimePoint now);
   /// The TID of the invoke that opens this transaction must be verified before it is believed.
@@ -132,9 +142,11 @@ class Transaction {
   bool holdOn_ = false;
   bool ackSent_ = false;
   bool tokSent_ = false;
+  bool stoodBy_ = false;  // a Tok was ever sent
   bool tveSent_ = false;
   bool tidBad_ = false;
-  bool tidNew_ = false;
+  bool tidNew_ = false;  // of the invoke, whoever sent it
+  bool leftOpen_ = false;
   bool whole_ = false;               // one packet whatever its size: the peer takes no segments
   std::size_t peerUnit_ = SIZE_MAX;  // octets of the largest packet the peer takes
   std::uint8_t userReason_ = 0;

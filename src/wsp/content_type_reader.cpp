@@ -52,25 +52,25 @@ static_assert(kParameterKinds.size() == 0x1E);
 
 // The name of a number in a table, empty for none.
 std::string_view nameIn(Kind kind, std::uint64_t number) noexcept {
-  const char* name = number <= 0xFFFF
-                         ? numberToName(*getTable(kind), static_cast<std::uint32_t>(number))
-                         : nullptr;
-  return name == nullptr ? std::string_view() : std::string_view(name);
+  return number <= 0xFFFF ? nameOfNumber(*getTable(kind), static_cast<std::uint32_t>(number))
+                          : std::string_view();
 }
 
 // Reads with one of the text-centred value classes; a value it refuses is left out.
 template <class Value>
-bool readThrough(Reader& in, std::string& out) {
+bool readThrough(Reader& in, Parameter& parameter) {
   Value value;
   if (!value.decodeFromFrame(in)) return false;
-  out = value.getText();
+  parameter.made = value.getText();
+  parameter.value = parameter.made;
   return true;
 }
 
 // Where a quoted-string may stand its opening quote is dropped; in a text-string it is a character.
 void readText(Reader& in, ParameterKind kind, Parameter& parameter) {
   const auto first = in.peekOctet();
-  const bool mayBeQuoted = kind != ParameterKind::text && kind != ParameterKind::media;
+  const bool mayBeQuoted =
+      kind != ParameterKind::text && kind != ParameterKind::media && kind != ParameterKind::version;
   parameter.form = first == 0 ? ParameterForm::noValue : ParameterForm::text;
   if (mayBeQuoted && first == kStringQuote) {
     in.skip(1);
@@ -79,7 +79,7 @@ void readText(Reader& in, ParameterKind kind, Parameter& parameter) {
   parameter.value = readTextString(in);
 }
 
-bool readNumber(Reader& in, MediaTypeNames mediaTypes, ParameterKind kind, std::string& out) {
+bool readNumber(Reader& in, MediaTypeNames mediaTypes, ParameterKind kind, Parameter& parameter) {
   const bool anyCharset = kind == ParameterKind::charset && in.peekOctet() == kAnyCharsetOctet;
   const auto number = readInteger(in);
   if (!number) return false;
@@ -96,7 +96,13 @@ bool readNumber(Reader& in, MediaTypeNames mediaTypes, ParameterKind kind, std::
                                          : nullptr;
     if (row != nullptr) name = row->name;
   }
-  out = name.empty() ? std::to_string(*number) : std::string(name);
+  if (name.empty()) {
+    parameter.made = std::to_string(*number);
+    parameter.value = parameter.made;
+  } else {
+    parameter.value = name;
+    parameter.valueIsStatic = true;
+  }
   return true;
 }
 
@@ -105,19 +111,19 @@ bool readValue(Reader& in, MediaTypeNames mediaTypes, Parameter& parameter) {
   const ValueForm form = formOf(in.rest());
   parameter.form = ParameterForm::binary;
   if (kind == ParameterKind::qValue) {
-    return readThrough<WapStack::QValue>(in, parameter.value);
+    return readThrough<WapStack::QValue>(in, parameter);
   }
   if (form == ValueForm::text) {
     readText(in, kind, parameter);
     return true;
   }
   if (kind == ParameterKind::version && form == ValueForm::shortInteger) {
-    return readThrough<WapStack::VersionValue>(in, parameter.value);
+    return readThrough<WapStack::VersionValue>(in, parameter);
   }
   if (kind == ParameterKind::date) {
-    return readThrough<WapStack::DateValue>(in, parameter.value);
+    return readThrough<WapStack::DateValue>(in, parameter);
   }
-  return readNumber(in, mediaTypes, kind, parameter.value);
+  return readNumber(in, mediaTypes, kind, parameter);
 }
 
 }  // namespace
@@ -141,7 +147,8 @@ bool readParameter(Reader& in, MediaTypeNames mediaTypes, Parameter& parameter) 
   Reader ahead = in;
   parameter.code = -1;
   parameter.form = ParameterForm::missing;
-  parameter.value.clear();
+  parameter.value = {};
+  parameter.valueIsStatic = false;
   if (formOf(ahead.rest()) == ValueForm::text) {
     parameter.name = readTextString(ahead);
   } else {

@@ -50,11 +50,17 @@ enum class ParameterForm : std::uint8_t {
 
 /// A parameter as it stands on the wire.
 struct Parameter {
+  Parameter() = default;
+  Parameter(const Parameter&) = delete;  // the value may lie in `made`
+  Parameter& operator=(const Parameter&) = delete;
+
   std::size_t offset = 0;  ///< of its first octet, in the octets of the content-type value
   int code = -1;           ///< well-known number, -1 for a textual name
   std::string_view name;   ///< empty for a number that is not assigned
   ParameterForm form = ParameterForm::missing;
-  std::string value;  ///< as text, without the mark that opens a quoted-string
+  std::string_view value;      ///< as text, without the mark that opens a quoted-string
+  bool valueIsStatic = false;  ///< the value is a name from a table
+  std::string made;            ///< where the value is text that stands nowhere else, a number say
 };
 
 /// Names media types by number; empty for a number without a name.

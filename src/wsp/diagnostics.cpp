@@ -21,6 +21,8 @@ SinkHolder& holder() noexcept {
   return instance;
 }
 
+std::atomic<void (*)(const Diagnostic&) noexcept> reportListener{nullptr};
+
 }  // namespace
 
 void setDiagnosticsSink(DiagnosticsSink sink) {
@@ -30,15 +32,20 @@ void setDiagnosticsSink(DiagnosticsSink sink) {
   std::swap(target.sink, sink);
 }
 
+void setReportListener(void (*listener)(const Diagnostic&) noexcept) noexcept {
+  reportListener = listener;
+}
+
 bool diagnosticsWanted() noexcept {
-  return holder().wanted.load(std::memory_order_relaxed);
+  return holder().wanted.load(std::memory_order_relaxed) || reportListener.load() != nullptr;
 }
 
 void report(DiagnosticKind kind, std::string_view source, unsigned line,
             std::string_view text) noexcept {
-  if (!diagnosticsWanted()) return;
+  if (const auto listener = reportListener.load()) listener({kind, source, line, text});
+  SinkHolder& target = holder();
+  if (!target.wanted.load(std::memory_order_relaxed)) return;
   try {
-    SinkHolder& target = holder();
     const std::lock_guard lock(target.mutex);
     if (target.sink) target.sink(Diagnostic{kind, source, line, text});
   } catch (...) {  // NOLINT(bugprone-empty-catch): a sink that fails must not stop the coding

@@ -1,5 +1,6 @@
 #include "wsp/header_block.h"
 
+#include <new>
 #include <utility>
 
 #include "wsp/wsp_header_list.h"
@@ -39,6 +40,7 @@ EncodedHeaders encodeHeaderBlock(const std::vector<HeaderField>& fields, Encodin
   EncodedHeaders encoded;
   encoded.problems = problemsOf(block.encodeToFrame(
       out, WapStack::HeaderEncodingFilter(static_cast<WapStack::Version>(version))));
+  if (out.failed()) throw std::bad_alloc();  // or headers would be missing
   encoded.octets.assign(out.written().begin(), out.written().end());
   return encoded;
 }

@@ -8,11 +8,15 @@
 
 namespace mmsbrix {
 
-/// True when a sink is set, so that a costly text is built only if somebody reads it.
+/// True when somebody reads reports, so that a costly text is not built for nobody.
 [[nodiscard]] bool diagnosticsWanted() noexcept;
 /// Hands one report to the sink, if any.  Exceptions of the sink are swallowed.
 void report(DiagnosticKind kind, std::string_view source, unsigned line,
             std::string_view text) noexcept;
+
+/// A second reader of all reports, for the protocol stack's own log; null for none.  It must not
+/// throw.
+void setReportListener(void (*listener)(const Diagnostic&) noexcept) noexcept;
 
 }  // namespace mmsbrix
 

@@ -32,11 +32,15 @@ constexpr std::uint32_t row(Version from, std::uint32_t code) noexcept {
   return (static_cast<std::uint32_t>(from) << 16) | code;
 }
 
+struct AssignmentsIndex;
+
 /// A table: rows in their required order.  A row without name ends it early.
 struct AssignmentsBase {
   const StringInt* rows;
   std::size_t rowCount;
   std::uint8_t caseSensitive;
+  /// Finds rows without walking them; null for a table that is walked.
+  const AssignmentsIndex* index = nullptr;
 };
 
 /// The kind number of each table.
@@ -69,6 +73,8 @@ constexpr bool isUnassigned(std::int32_t number) noexcept {
 }
 /// The name of the first row with that code, whatever its version; null without one.
 const char* numberToName(const AssignmentsBase& table, std::uint32_t code) noexcept;
+/// The same as a view, which is zero-terminated and lives as long as the program; "" without one.
+std::string_view nameOfNumber(const AssignmentsBase& table, std::uint32_t code) noexcept;
 
 /// The text of an HTTP status number for logs; null for a number without one.
 const char* statusText(int status) noexcept;

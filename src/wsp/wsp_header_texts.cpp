@@ -10,7 +10,6 @@
 namespace WapStack {
 namespace {
 
-using mmsbrix::kLengthQuote;
 using mmsbrix::kShortIntegerBit;
 using mmsbrix::kStringQuote;
 using mmsbrix::kTextQuote;

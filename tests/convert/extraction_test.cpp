@@ -218,5 +218,32 @@ TEST(Extraction, TextsInTheirCharsetOrInUtf8) {
   }
 }
 
+TEST(Extraction, MultipartsWithinEachOtherAreOpenedToALimit) {
+  const TemporaryFolder folder;
+  std::string body = "x";
+  for (unsigned i = 0; i < kMaxExtractedNesting + 3; ++i) {
+    // One entry of type multipart/mixed; the lengths stay below 128.
+    body = std::string("\1\1", 2) + static_cast<char>(body.size()) + '\xA3' + body;
+  }
+  CMMsg message;
+  const CMMHdr type("Content-Type", "application/vnd.wap.multipart.mixed");
+  message.Content()->Headers()->Add(&type);
+  message.Content()->SetContent(body.data(), static_cast<int>(body.size()));
+  const auto parts = extractParts(message, folder.path());
+  ASSERT_EQ(parts.size(), 1U);
+  // Each level took four octets; what is left is a multipart still.
+  EXPECT_EQ(parts[0].octets, body.size() - 4 * kMaxExtractedNesting);
+}
+
+TEST(Extraction, AMessageMayAskForSoManyFiles) {
+  const TemporaryFolder folder;
+  CMMsg message;
+  for (std::size_t i = 0; i < kMaxExtractedFiles + 5; ++i) {
+    message.Content()->NewChild()->SetContent("x", 1);
+  }
+  EXPECT_EQ(extractParts(message, folder.path()).size(), kMaxExtractedFiles);
+  EXPECT_EQ(folder.entries(), static_cast<std::ptrdiff_t>(kMaxExtractedFiles));
+}
+
 }  // namespace
 }  // namespace mmsbrix::test

@@ -1,6 +1,7 @@
 // An independent dissector reads what we encode: no malformed mark, and each field as it was
 // composed.
 #include <gtest/gtest.h>
+#include <mmsbrix/mms/receiving.h>
 
 #include <array>
 #include <sstream>
@@ -105,6 +106,23 @@ TEST_F(Dissector, ReadsEveryFieldAsItWasComposed) {
         "Part: 3, content-type: audio/amr"}) {
     EXPECT_NE(message.find(part), std::string::npos) << part;
   }
+}
+
+TEST_F(Dissector, ReadsWhatAReceiverAnswers) {
+  ReadRecInd read;
+  read.messageId = "m-1";
+  read.to = CMMAddr("+358401234567", CMMAddr::TYPE_PLMN);
+  read.date = 1795257005;
+  const auto fields = [&](const std::vector<std::uint8_t>& pdu) {
+    return run(
+        capture({pdu.begin(), pdu.end()}),
+        "-T fields -e mmse.message_type -e mmse.transaction_id -e mmse.message_id -e mmse.to "
+        "-e mmse.status -e mmse.report_allowed -e mmse.read_status -e _ws.malformed");
+  };
+  EXPECT_EQ(fields(encodePdu(NotifyRespInd{.transactionId = "T9", .reportAllowed = true})),
+            "0x83\tT9\t\t\t0x81\t0x80\t\t\n");
+  EXPECT_EQ(fields(encodePdu(AcknowledgeInd{.transactionId = "T9"})), "0x85\tT9\t\t\t\t\t\t\n");
+  EXPECT_EQ(fields(encodePdu(read)), "0x87\t\tm-1\t+358401234567/TYPE=PLMN\t\t\t0x80\t\n");
 }
 
 TEST_F(Dissector, ReadsAMessageWithAlmostNothing) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <utility>
 
 #include "mms/mmscodec.h"
 #include "support/hex.h"
@@ -316,6 +317,33 @@ TEST(Decoder, LengthsAreClampedToTheData) {
   EXPECT_EQ(message.Content()->ChildCount(), 0U);
   decodeHex("8C 84 97 1F 8F FF FF FF 7F EA 'x'", message);
   EXPECT_STREQ(message.GetTo()->Get(0)->Value()->Get(), "x");
+}
+
+// The contents of a message that is read lie in one block, of which its parts must know nothing.
+TEST(Decoder, PartsKeepTheirContentsWhateverBecomesOfTheOthers) {
+  CMMsg written;
+  fillComplete(written);
+  const auto octets = encode(written);
+  CMMPart taken;
+  {
+    CMMsg read;
+    decode(octets, read);
+    CMMPart& first = *read.Content()->FirstChild();
+    CMMPart& second = *read.Content()->NextChild();
+    for (const CMMPart* part : {&first, &second}) {
+      EXPECT_EQ(part->GetContent()[part->GetContentLen()], 0);
+    }
+    const CMMPart copy(second);
+    first.SetContent("a longer content than before", -1);
+    EXPECT_STREQ(reinterpret_cast<const char*>(second.GetContent()), "Hei \xF0\x9F\x98\x80");
+    second.GetContent()[0] = 'h';
+    EXPECT_EQ(copy.GetContent()[0], 'H');
+    second.SetContent(second.GetContent() + 1, 2);
+    EXPECT_STREQ(reinterpret_cast<const char*>(second.GetContent()), "ei");
+    taken = std::move(*read.Content()->NextChild());
+  }
+  EXPECT_EQ(std::string(reinterpret_cast<const char*>(taken.GetContent()), 5),
+            std::string("\xFF\xD8\x00\xFF\xD9", 5));
 }
 
 }  // namespace

@@ -125,10 +125,11 @@ TEST(Inspector, RemarksOnWhatIsOdd) {
     for (const Remark& remark : seen.remarks) {
       all += std::to_string(remark.offset) + ": " + remark.text + '\n';
     }
-    const bool found = std::ranges::any_of(seen.remarks, [&](const Remark& remark) {
-      return remark.kind == kind && remark.offset == offset &&
-             remark.text.find(text) != std::string::npos;
-    });
+    bool found = false;
+    for (const Remark& remark : seen.remarks) {
+      found = found || (remark.kind == kind && remark.offset == offset &&
+                        remark.text.find(text) != std::string::npos);
+    }
     EXPECT_TRUE(found) << octets << "\nshould say: " << offset << ": " << text << "\nsays:\n"
                        << all;
   }

@@ -1,6 +1,9 @@
 // A message, its defaults, its optional members and its copies.
 #include <gtest/gtest.h>
 
+#include <string>
+#include <utility>
+
 #include "model/mmsg.h"
 #include "support/messages.h"
 
@@ -100,6 +103,27 @@ TEST(Part, AssigningAChildToItsParentKeepsTheChild) {
   part.AddChild(&part);
   part = part;  // NOLINT: on purpose
   EXPECT_EQ(part.ChildCount(), 1U);
+}
+
+// Texts of 15 octets and more are held in different ways; each may be given a piece of itself.
+TEST(Texts, MayBeSetFromThemselvesWhateverTheirLength) {
+  for (const std::size_t length : {1U, 14U, 15U, 16U, 17U, 100U}) {
+    std::string expected(length, 'a');
+    expected.back() = 'z';
+    CMMString text(expected.c_str(), "utf-8");
+    text.Set(text.Get());
+    EXPECT_EQ(text.Text(), expected);
+    text.Set(text.Get() + length / 2);
+    EXPECT_EQ(text.Text(), expected.substr(length / 2));
+    CMMsg message;
+    message.SetTransactionId(expected.c_str());
+    message.SetTransactionId(message.GetTransactionId());
+    EXPECT_EQ(message.GetTransactionId(), expected);
+    CMMsg moved(std::move(message));
+    message = moved;
+    moved.Clear();
+    EXPECT_EQ(message.GetTransactionId(), expected);
+  }
 }
 
 TEST(Part, FindChildComparesTheFirstHeaderOfThatName) {

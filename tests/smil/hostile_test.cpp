@@ -111,7 +111,8 @@ TEST(HostileSmil, IsRefusedWithinBounds) {
   const TemporaryFolder folder;
   for (const auto& [name, text] : kTexts) {
     CSMIL smil;
-    expectHarmless(name, 0, [&] { return MMS_LoadSmilFromMemory(text.c_str(), &smil, 0); });
+    expectHarmless(name, 0,
+                   [&, &text = text] { return MMS_LoadSmilFromMemory(text.c_str(), &smil, 0); });
     EXPECT_NE(errors.take(), "") << name;
     const std::string path = folder.put("f", text);
     expectHarmless(name, 0, [&] { return MMS_LoadSmil(path.c_str(), &smil, 0); });
@@ -166,7 +167,8 @@ TEST(HostileSmil, WhatIsLargeButWithinBoundsIsRead) {
   };
   for (const auto& [name, text] : kTexts) {
     CSMIL smil;
-    expectHarmless(name, 1, [&] { return MMS_LoadSmilFromMemory(text.c_str(), &smil, 0); });
+    expectHarmless(name, 1,
+                   [&, &text = text] { return MMS_LoadSmilFromMemory(text.c_str(), &smil, 0); });
   }
 }
 

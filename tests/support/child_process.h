@@ -42,6 +42,12 @@ class ChildProcess {
 
   /// False when there is no such program.
   [[nodiscard]] bool started() const noexcept { return pid_ > 0; }
+  /// Ends it at once, with no chance to finish anything.
+  void kill() {
+    if (pid_ <= 0) return;
+    ::kill(pid_, SIGKILL);
+    wait();
+  }
   /// Waits for its end; true when its exit status is 0.
   bool wait() {
     int status = -1;

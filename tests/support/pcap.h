@@ -41,10 +41,14 @@ inline std::string tcpSegment(unsigned port, std::string_view data) {
          bigEndian(0x5018, 2) + bigEndian(65535, 2) + bigEndian(0, 4) + std::string(data);
 }
 
-/// A UDP datagram with data, from port 40000, without a checksum.
+/// A UDP datagram with data, without a checksum.
+inline std::string udpDatagram(unsigned from, unsigned to, std::string_view data) {
+  return bigEndian(from, 2) + bigEndian(to, 2) + bigEndian(8 + data.size(), 2) + bigEndian(0, 2) +
+         std::string(data);
+}
+/// The same from port 40000.
 inline std::string udpDatagram(unsigned port, std::string_view data) {
-  return bigEndian(40000, 2) + bigEndian(port, 2) + bigEndian(8 + data.size(), 2) +
-         bigEndian(0, 2) + std::string(data);
+  return udpDatagram(40000, port, data);
 }
 
 }  // namespace mmsbrix::test

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <functional>
@@ -25,8 +26,9 @@ namespace mmsbrix::test {
 
 /// What is said to a request.
 struct RawReply {
-  std::vector<std::string> pieces;  ///< one send each
-  bool close = false;               ///< closes the connection behind them
+  std::vector<std::string> pieces;     ///< one send each
+  bool close = false;                  ///< closes the connection behind them
+  std::chrono::milliseconds pause{0};  ///< before each piece but the first
 };
 
 /// A request, head and body as they came.
@@ -120,6 +122,7 @@ class RawServer {
       }
       const RawReply reply = answerer_(request);
       for (const std::string& piece : reply.pieces) {
+        if (&piece != &reply.pieces.front()) std::this_thread::sleep_for(reply.pause);
         for (std::size_t sent = 0; sent < piece.size();) {
           const ssize_t put =
               ::send(connection, piece.data() + sent, piece.size() - sent, MSG_NOSIGNAL);

@@ -36,6 +36,13 @@ class TemporaryFolder {
     std::ofstream(path_ / name, std::ios::binary) << content;
     return path(name);
   }
+  /// The same, for nobody but its owner to read.
+  std::string putPrivate(std::string_view name, std::string_view content) const {
+    const std::string written = put(name, content);
+    std::filesystem::permissions(
+        written, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    return written;
+  }
   [[nodiscard]] std::string get(std::string_view name) const {
     std::ifstream in(path_ / name, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};

@@ -26,7 +26,7 @@ expect() {
 
 expect 0 "mmsbrix 0." "$mmsbrix" --version
 expect 0 "Exit status" "$mmsbrix" --help
-for verb in compose show send relay demo; do expect 0 "Options" "$mmsbrix" "$verb" --help; done
+for verb in compose show send listen relay demo; do expect 0 "Options" "$mmsbrix" "$verb" --help; done
 expect 2 "" "$mmsbrix"
 expect 2 "" "$mmsbrix" frobnicate
 expect 2 "--output is required" "$mmsbrix" compose --to +1 --text hi
@@ -57,6 +57,42 @@ relay=
 [ "$(find store -type f | wc -l)" -eq 2 ] || { echo "FAILED: not two messages stored"; failures=$((failures + 1)); }
 for stored in store/*; do cmp "$stored" m.mms || failures=$((failures + 1)); done
 expect 1 "error 12029: Failed to connect to the gateway  Check setup. (no connection can be made)" "$mmsbrix" send m.mms --url "$url"
+
+# The same through a WAP gateway, and every layer that can say no.
+expect 2 "--proxy excludes --wap" "$mmsbrix" send m.mms --url "$url" --wap localhost --proxy localhost
+expect 2 "--wap: not HOST:PORT" "$mmsbrix" send m.mms --url "$url" --wap localhost:x
+expect 1 "no answer (the gateway 127.0.0.1:9 does not answer)" \
+  "$mmsbrix" send m.mms --url "$url" --wap 127.0.0.1:9 --timeout 1
+expect 1 "(no way to the gateway nowhere.invalid:9201: " "$mmsbrix" send m.mms --url "$url" --wap nowhere.invalid
+wap_relay() {  # OPTION...: starts it and sets $gateway
+  "$mmsbrix" relay --wap 127.0.0.1:0 --store store "$@" > relay.log &
+  relay=$!
+  for _ in $(seq 200); do grep -q 'listening on wap' relay.log && break; sleep 0.05; done
+  gateway=$(sed -n 's|^listening on wap://||p' relay.log)
+}
+wap_relay
+expect 0 "accepted: 0x80 Ok" "$mmsbrix" send m.mms --url http://mmsc.example/ --wap "$gateway"
+expect 0 "s_MethodResult_ind() transactionId = 1" "$mmsbrix" send m.mms --url http://mmsc.example/ --wap "$gateway" --trace
+kill -TERM "$relay"
+wait "$relay"
+relay=
+[ "$(find store -type f | wc -l)" -eq 4 ] || { echo "FAILED: not four messages stored"; failures=$((failures + 1)); }
+wap_relay --wap-refuse 503
+expect 1 "refused (the gateway $gateway refused the session: 0x63" "$mmsbrix" send m.mms --url http://a/ --wap "$gateway"
+kill -TERM "$relay"
+wait "$relay"
+relay=
+
+# A notification, as a gateway pushes it.
+"$mmsbrix" listen --address 127.0.0.1 --port 0 --count 1 --store store > push.out 2> push.err &
+relay=$!
+for _ in $(seq 200); do grep -q listening push.err && break; sleep 0.05; done
+port=$(sed -n 's/.*UDP port //p' push.err)
+printf '\x01\x06\x03\xBE\xAF\x84\x8C\x82\x98N1\0\x8D\x90\x83http://mmsc/1\0' > "/dev/udp/127.0.0.1/$port"
+wait "$relay" || { echo "FAILED: listen ended with $?"; failures=$((failures + 1)); }
+relay=
+grep -q 'm-notification-ind' push.out || { echo "FAILED: no notification shown"; cat push.out; failures=$((failures + 1)); }
+expect 0 "http://mmsc/1" "$mmsbrix" show store/push.mms
 
 echo "$failures failures"
 [ "$failures" -eq 0 ]

@@ -66,7 +66,7 @@ TEST(SendCommand, CredentialsComeFromFileOrEnvironmentAndAreNeverShown) {
     return std::pair(status, caught.out.str() + caught.err.str());
   };
   EXPECT_NE(run().second.find("HTTP 401"), std::string::npos);
-  command.credentialsFile = folder.put("c", "ann:s3cret\r\n");
+  command.credentialsFile = folder.putPrivate("c", "ann:s3cret\r\n");
   const auto [status, text] = run();
   EXPECT_EQ(status, 0) << text;
   EXPECT_NE(text.find("HttpClient::SendMMS("), std::string::npos);  // the trace is there
@@ -76,7 +76,7 @@ TEST(SendCommand, CredentialsComeFromFileOrEnvironmentAndAreNeverShown) {
   EXPECT_EQ(run().first, 0);
   ::unsetenv("MMSBRIX_USER");
   ::unsetenv("MMSBRIX_PASSWORD");
-  command.credentialsFile = folder.put("c", "no colon");
+  command.credentialsFile = folder.putPrivate("c", "no colon");
   EXPECT_EQ(run().first, 1);
 }
 
@@ -118,13 +118,17 @@ TEST(SendCommand, CodesSayOfWhatKindTheyAre) {
 }
 
 TEST(DemoCommand, TheWholeWay) {
-  const TemporaryFolder folder;
-  Caught caught;
-  EXPECT_EQ(tool::runDemo({folder.path("kept")}, caught.streams()), 0) << caught.err.str();
-  EXPECT_NE(caught.out.str().find("accepted: 0x80 Ok"), std::string::npos);
-  EXPECT_NE(caught.out.str().find("that were composed"), std::string::npos);
-  EXPECT_NE(caught.out.str().find("the same picture and sound"), std::string::npos);
-  EXPECT_NE(folder.get("kept/page.html").find("data:image/jpeg;base64,"), std::string::npos);
+  for (const bool wap : {false, true}) {
+    SCOPED_TRACE(wap);
+    const TemporaryFolder folder;
+    Caught caught;
+    EXPECT_EQ(tool::runDemo({folder.path("kept"), wap}, caught.streams()), 0) << caught.err.str();
+    EXPECT_EQ(caught.out.str().find(" WAP POST ") != std::string::npos, wap);
+    EXPECT_NE(caught.out.str().find("accepted: 0x80 Ok"), std::string::npos);
+    EXPECT_NE(caught.out.str().find("that were composed"), std::string::npos);
+    EXPECT_NE(caught.out.str().find("the same picture and sound"), std::string::npos);
+    EXPECT_NE(folder.get("kept/page.html").find("data:image/jpeg;base64,"), std::string::npos);
+  }
 }
 
 }  // namespace

@@ -260,7 +260,7 @@ TEST(RelayCommand, TellsItsAddressAndStopsAfterItsCount) {
   app.parse(
       "relay --listen 127.0.0.1:0 --count 2 --status Error-network-problem --text later "
       "--credentials " +
-      folder.put("credentials", "user:pass\n"));
+      folder.putPrivate("credentials", "user:pass\n"));
   SharedText buffer;
   std::ostream out(&buffer);
   std::ostringstream err;
@@ -287,6 +287,31 @@ TEST(RelayCommand, TellsItsAddressAndStopsAfterItsCount) {
   EXPECT_EQ(status, 0);
   EXPECT_EQ(err.str(), "");
   EXPECT_THAT(buffer.text(), HasSubstr("-> 200 0x86 Error-network-problem: later\n"));
+}
+
+TEST(RelayCommand, RunsAWapGatewayInsteadOfHttp) {
+  const TemporaryFolder folder;
+  const std::string file = folder.put("m.mms", encodeSendReq());
+  CLI::App app;
+  RelayCommand command;
+  addRelay(app, command);
+  app.parse("relay --wap 0 --count 1");
+  SharedText buffer;
+  std::ostream out(&buffer);
+  std::ostringstream err;
+  int status = -1;
+  std::thread running([&] { status = runRelay(command, out, err); });
+  while (buffer.text().find('\n') == std::string::npos) std::this_thread::yield();
+  const std::string begin = "listening on wap://127.0.0.1:";
+  ASSERT_THAT(buffer.text(), StartsWith(begin));
+  CMMSWap wap;
+  wap.ConnectGtw("127.0.0.1", static_cast<unsigned>(std::stoul(buffer.text().substr(begin.size()))),
+                 0);
+  EXPECT_TRUE(wap.SendMMS("http://mmsc/", file.c_str(), 0));
+  wap.DisconnectGtw();
+  running.join();
+  EXPECT_EQ(status, 0);
+  EXPECT_THAT(buffer.text(), HasSubstr("#1 127.0.0.1 WAP POST http://mmsc/ ("));
 }
 
 TEST(RelayCommand, StopsOnASignal) {

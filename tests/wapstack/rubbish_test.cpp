@@ -9,6 +9,7 @@
 
 #include "support/hex.h"
 #include "wapstack/wsp_client.h"
+#include "wapstack/wsp_server.h"
 
 namespace mmsbrix {
 namespace {
@@ -132,6 +133,49 @@ TEST(WapRubbish, AClientComesToAnEnd) {
     ASSERT_TRUE(settles(client, now)) << "seed " << seed;
   }
   EXPECT_GT(connects, 100) << "no session comes up here, so little is tried";
+}
+
+TEST(WapRubbish, AServerComesToAnEnd) {
+  const char* const good[] = {
+      "0A 00 09 02 01 10 11 02 03 80 82 2C 03 81 82 2C 02 82 E0 02 83 02 02 84 01 80 80",
+      "0A 00 0A 02 60 01 01 'u' BE 'mms'",
+      "0A 00 0B 02 40 01 'u' 83",
+      "0E 00 0C 00 08 01",
+      "0A 00 0D 02 09 01 00 80 80",
+      "0E 00 0E 00 05 01",
+  };
+  int methods = 0;
+  for (unsigned seed = 0; seed < 2000; ++seed) {
+    Rubbish rubbish(seed);
+    session::Server server({}, 1);
+    TimePoint now;
+    for (int i = 0; i < 60; ++i) {
+      Datagram octets = rubbish.next();
+      if (rubbish.number(0, 1) == 0) {
+        octets = hex(good[rubbish.number(0, std::size(good) - 1)]);
+        octets[2] = static_cast<std::uint8_t>(16 + i);  // its TID
+      }
+      server.receive({}, octets, now);
+      while (server.takeDatagram()) continue;
+      while (const auto event = server.takeEvent()) {
+        using Kind = session::ServerEvent::Kind;
+        if (event->kind == Kind::methodIndication) ++methods;
+        if (rubbish.number(0, 3) != 0) server.accept(event->session, {}, now);
+        if (rubbish.number(0, 1) == 0) server.reply(event->id, 0x20, hex("BE"), hex("'r'"), now);
+        if (rubbish.number(0, 9) == 0) server.push(event->session, {}, {}, now);
+        wtp::Handle push = 0;
+        if (rubbish.number(0, 9) == 0) server.confirmedPush(event->session, {}, {}, push, now);
+        if (rubbish.number(0, 19) == 0) server.abortMethod(event->id, 0xE4, now);
+        if (rubbish.number(0, 19) == 0) {
+          server.disconnect(event->session, session::Reason::congestion, now);
+        }
+      }
+      now += std::chrono::milliseconds(rubbish.number(0, 2000));
+      server.onTimer(now);
+    }
+    ASSERT_TRUE(settles(server, now)) << "seed " << seed;
+  }
+  EXPECT_GT(methods, 1000) << "hardly a method comes through here, so little is tried";
 }
 
 }  // namespace

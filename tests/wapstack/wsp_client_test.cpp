@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -56,7 +58,7 @@ class ClientRun : public wtp::test::ScriptPlayer<Client> {
     if (verb == "connect") {
       Capabilities proposed;
       if (rest != "plain")
-        proposed = {300, 300, std::uint8_t{0xE0}, std::uint8_t{2}, std::uint8_t{1}};
+        proposed = {300, 300, std::uint8_t{0xF0}, std::uint8_t{2}, std::uint8_t{1}};
       note(engine_.connect(peer_, proposed, hex("80 80"), now_));
     } else if (verb == "disconnect") {
       note(engine_.disconnect(now_));
@@ -89,13 +91,13 @@ class ClientRun : public wtp::test::ScriptPlayer<Client> {
 
 // Connect: version 1.0, 16 octets of capabilities, 2 of headers.
 const std::string kConnect =
-    "connect\n > 0A 00 01 02 01 10 11 02 03 80 82 2C 03 81 82 2C 02 82 E0 02 83 02 02 84 01 80 "
+    "connect\n > 0A 00 01 02 01 10 11 02 03 80 82 2C 03 81 82 2C 02 82 F0 02 83 02 02 84 01 80 "
     "80\n";
 const std::string kConnectPlain = "connect plain\n > 0A 00 01 02 01 10 00 02 80 80\n";
 const std::string kAck1 = "> 18 00 01\n";
 // ConnectReply: session 7, nothing changed, one header.
 const std::string kConnected =
-    kConnect + "< 16 80 01 02 07 00 02 A6 00\n " + kAck1 + " ! connected 300/300 E0 02 01 A6 00\n";
+    kConnect + "< 16 80 01 02 07 00 02 A6 00\n " + kAck1 + " ! connected 300/300 F0 02 01 A6 00\n";
 const std::string kPlain =
     kConnectPlain + "< 16 80 01 02 07 00 00\n " + kAck1 + " ! connected 1400/1400 00 01 01\n";
 const std::string kGet1 = "get 1\n > 0A 00 02 02 40 01 'u'\n";
@@ -199,6 +201,39 @@ std::vector<Script> scripts() {
            "< 21 80 02 E9\n ! aborted 1 E9\n get 2\n > 0A 00 03 02 40 01 'u'\n"
            "< 18 80 03\n ! confirmed 2\n < 20 80 03 07\n ! aborted 2 E4\n" +
            over},
+      {"TIDs that the server asks about: Tok while a method is open, never for one that is over",
+       kConnectPlain + "< 1C 80 01\n > 1C 00 01\n < 16 80 01 02 07 00 00\n " + kAck1 +
+           " ! connected 1400/1400 00 01 01\n" + kGet1 +
+           "< 1C 80 02\n > 1C 00 02\n +5000\n > 1D 00 02\n < 18 80 02\n ! confirmed 1\n"
+           "< 1C 80 02\n > 1C 00 02\n < 16 80 02 04 20 00\n ! result 1 20\n thank 1\n > 18 00 02\n"
+           "# a late copy of what was answered: an Abort would end what the server has served\n"
+           "< 1C 80 02\n +40000\n < 1C 80 02\n > 20 00 02 02\n"
+           "get 2\n > 0A 00 03 02 40 01 'u'\n < 16 80 03 04 20 00\n ! confirmed 2\n ! result 2 20\n"
+           "thank 2\n > 18 00 03\n < 1C 80 03\n > 20 00 03 02\n"
+           "disconnect\n > 0A 00 04 00 05 07\n ! disconnected EA\n" +
+           over},
+      {"one method is aborted while the other goes on",
+       kConnected +
+           "get 1\n > 0A 00 02 02 40 01 'u'\n get 2\n > 0A 00 03 02 40 01 'u'\n"
+           "abort 1\n > 21 00 02 E8\n ! aborted 1 EA\n < 16 80 02 04 20 00\n"
+           "get 3\n > 0A 00 04 02 40 01 'u'\n < 16 80 04 04 20 00\n ! confirmed 3\n ! result 3 20\n"
+           "get 4\n ! refused as many methods are open as the server allows\n"
+           "< 16 80 03 04 20 00\n ! confirmed 2\n ! result 2 20\n thank 2\n > 18 00 03\n"
+           "thank 3\n > 18 00 04\n disconnect\n > 0A 00 05 00 05 07\n ! disconnected EA\n" +
+           over},
+      {"acknowledgement headers are not sent where the server does not want them",
+       kConnect + "< 16 80 01 02 07 03 00 02 82 E0\n " + kAck1 + " ! connected 300/300 E0 02 01\n" +
+           kGot1 + "thank 1 'k'\n > 18 00 02\n" + kConfirmedPush +
+           "! confirmed-push 1 BE 'n'\n push-thank 1 'k'\n > 18 80 05\n" + kServerLeaves +
+           "! disconnected E1\n" + over},
+      {"acknowledgement headers have a limit",
+       kConnected + kGot1 + "thank 1 " + kBig +
+           "\n ! refused the acknowledgement headers are longer than 255 octets\n"
+           "thank 1 'k'\n > 98 00 02 09 'k'\n" +
+           kConfirmedPush + "! confirmed-push 1 BE 'n'\n push-thank 1 " + kBig +
+           "\n ! refused the acknowledgement headers are longer than 255 octets\n"
+           "push-thank 1 'k'\n > 98 80 05 09 'k'\n" +
+           kServerLeaves + "! disconnected E1\n" + over},
       {"a session that the server has forgotten",
        kConnected +
            "get 1\n > 0A 00 02 02 40 01 'u'\n get 2\n > 0A 00 03 02 40 01 'u'\n"
@@ -295,6 +330,100 @@ TEST(WspClient, EveryRowIsTaken) {
   expectEveryRow("session", sessionTable(), counts.session);
   expectEveryRow("method", methodTable(), counts.method);
   expectEveryRow("push", pushTable(), counts.push);
+}
+
+/// A client whose session is open, under what the server answered.
+std::unique_ptr<Client> connected(const Capabilities& proposed, const char* answer) {
+  auto client = std::make_unique<Client>(wtp::Settings{}, std::uint16_t{1});
+  client->connect({}, proposed, {}, {});
+  const auto capabilities = hex(answer);
+  auto reply = hex("16 80 01 02 07");
+  reply.push_back(static_cast<std::uint8_t>(capabilities.size()));
+  reply.push_back(0);
+  reply.insert(reply.end(), capabilities.begin(), capabilities.end());
+  client->receive({}, reply, {});
+  EXPECT_EQ(client->state(), State::connected);
+  return client;
+}
+
+TEST(WspClient, TheServerSduSizeCountsTheWholePdu) {
+  struct Case {
+    std::optional<std::uint32_t> proposed;
+    const char* answer;
+    std::size_t largest;  ///< body that is taken, with 5 octets before it
+  };
+  const Case cases[] = {
+      {std::nullopt, "", 1395},         // the default
+      {300, "", 295},                   // as proposed
+      {30000, "03 81 A7 10", 5003},     // less than proposed
+      {30000, "01 81", 1395},           // not understood
+      {0, "02 81 00", 256 * 1400 - 5},  // no limit: as many packets as there are
+      {400000, "04 81 98 B5 00", 256 * 1400 - 5},
+  };
+  for (const Case& test : cases) {
+    SCOPED_TRACE(test.answer);
+    const auto client = connected({.serverSduSize = test.proposed}, test.answer);
+    const auto post = [&client](std::size_t octets) {
+      const std::vector<std::uint8_t> body(octets);
+      return client->invokeMethod(1, 0x60, "u", hex("BE"), body, {});
+    };
+    const bool unlimited = test.largest > 30000;
+    EXPECT_EQ(post(test.largest + 1),
+              unlimited ? Refusal::cannotBeSent : Refusal::largerThanAgreed);
+    EXPECT_EQ(post(test.largest), Refusal::none);
+  }
+}
+
+TEST(WspClient, MethodsBeyondTheStandardsMustBeAgreedOn) {
+  const Capabilities proposed{.methodMor = std::uint8_t{9},
+                              .extendedMethods = {{{0x50, "LOOK"}, {0x70, "KEEP"}}}};
+  const auto invoked = [](Client& client, std::initializer_list<std::uint8_t> methods) {
+    std::string text;
+    for (const std::uint8_t method : methods) {
+      const Refusal refusal = client.invokeMethod(method, method, "u", {}, {}, {});
+      text += refusal == Refusal::none ? "+" : refusal == Refusal::unknownMethod ? "-" : "?";
+    }
+    return text;
+  };
+  EXPECT_EQ(invoked(*connected(proposed, "02 85 70"), {0x50, 0x70, 0x44, 0x61, 0x45, 5}), "-+++--");
+  EXPECT_EQ(invoked(*connected(proposed, "01 85"), {0x50, 0x70}), "--");
+  EXPECT_EQ(invoked(*connected(proposed, ""), {0x50, 0x70, 0x51}), "++-");
+  EXPECT_EQ(invoked(*connected({}, "02 85 70"), {0x70}), "-");  // not asked for
+}
+
+TEST(WspCapabilities, AreWrittenInOrderAndReadBack) {
+  Capabilities all{300000, 0, std::uint8_t{0xB0}, std::uint8_t{2}, std::uint8_t{1}};
+  all.clientMessageSize = 0;
+  all.serverMessageSize = 2000;
+  all.extendedMethods = {{0x50, "LOOK"}};
+  all.headerCodePages = {{0x10, "x"}, {0x11, "y"}};
+  all.aliases = {{.octets = {192, 0, 2, 1}, .size = 4, .port = 50000}};
+  Writer out;
+  encodeCapabilities(all, out);
+  EXPECT_EQ(
+      hexText(out.written()),
+      hexText(hex("04 80 92 A7 60 02 81 00 02 82 B0 02 83 02 02 84 01 02 88 00 03 89 8F 50"
+                  "07 85 50 'LOOK' 00 07 86 10 'x' 00 11 'y' 00 08 87 44 C3 50 C0 00 02 01")));
+  // An answer has the codes alone.
+  const auto answer = decodeCapabilities(hex("02 88 00 03 89 87 68 01 85 02 86 11 05 87 04 C0 00"));
+  EXPECT_FALSE(answer.has_value()) << "the last one is cut off";
+  const auto agreed = agree(all, *decodeCapabilities(hex("02 88 00 03 89 87 68 01 85 02 86 11")));
+  ASSERT_TRUE(agreed.has_value());
+  EXPECT_EQ(agreed->clientMessageSize, 0u);
+  EXPECT_EQ(agreed->serverMessageSize, 1000u);
+  EXPECT_TRUE(agreed->extendedMethods.empty());
+  EXPECT_EQ(agreed->headerCodePages, std::vector<std::uint8_t>{0x11});
+}
+
+TEST(WspCapabilities, AServerThatDoesNotUnderstandKeepsToTheDefault) {
+  // Below the default, too: it is no answer above the proposal.
+  const Capabilities proposed{300, 300, std::nullopt, std::uint8_t{0}, std::nullopt};
+  const auto agreed = agree(proposed, *decodeCapabilities(hex("01 80 01 81 01 83")));
+  ASSERT_TRUE(agreed.has_value());
+  EXPECT_EQ(agreed->clientSduSize, 1400u);
+  EXPECT_EQ(agreed->serverSduSize, 1400u);
+  EXPECT_EQ(agreed->methodMor, 1u);
+  EXPECT_FALSE(agree(proposed, *decodeCapabilities(hex("03 80 8A 78"))).has_value());
 }
 
 TEST(WspCapabilities, AnswersAreHeldAgainstTheProposal) {

@@ -153,11 +153,14 @@ TEST(WtpPdu, BrokenOnesAreToldApart) {
 
 TEST(WtpPdu, UnknownAndUnusableTpisArePassedOver) {
   const auto meaning = [](const char* octets) { return described(decodePdu(hex(octets)).pdu); };
-  EXPECT_EQ(meaning("98 00 01 A9 FF 19 04"), "Ack tid=1 PSN=4");        // identity 5
-  EXPECT_EQ(meaning("98 00 01 A4 02 01 02 19 04"), "Ack tid=1 PSN=4");  // identity 4, long form
-  EXPECT_EQ(meaning("98 00 01 1A 01 02"), "Ack tid=1");     // packet number of two octets
-  EXPECT_EQ(meaning("98 00 01 91 03 11 07"), "Ack tid=1");  // options without value
-  EXPECT_EQ(meaning("98 00 01 90 12 09 01"), "Ack tid=1");  // no option id, unknown id
+  EXPECT_EQ(meaning("98 00 01 A9 FF 19 04"), "Ack tid=1 PSN=4");           // identity 5
+  EXPECT_EQ(meaning("98 00 01 A4 02 01 02 19 04"), "Ack tid=1 PSN=4");     // identity 4, long form
+  EXPECT_EQ(meaning("98 00 01 82 11 91 19 04"), "Ack tid=1 PSN=4");        // an Error item
+  EXPECT_EQ(meaning("98 00 01 84 03 21 09 AA 19 04"), "Ack tid=1 PSN=4");  // the same, long
+  EXPECT_EQ(meaning("98 00 01 1C 01 04"), "Ack tid=1 PSN=4");  // a packet number in long form
+  EXPECT_EQ(meaning("98 00 01 1A 01 02"), "Ack tid=1");        // packet number of two octets
+  EXPECT_EQ(meaning("98 00 01 91 03 11 07"), "Ack tid=1");     // options without value
+  EXPECT_EQ(meaning("98 00 01 90 12 09 01"), "Ack tid=1");     // no option id, unknown id
   EXPECT_EQ(meaning("98 00 01 14 06 01 01 02 03 04 05"), "Ack tid=1");  // number of five octets
 }
 

@@ -38,6 +38,13 @@ const std::string kResultBegun = kInvoke2 + "< 14 80 01 'rrrr'\n ! invoke.cnf\n 
 const std::string kResultThere = kInvoke2 + "< 12 80 01 'r'\n ! invoke.cnf\n ! result.ind 'r'\n";
 const std::string kThanked = kResultThere + "thank\n > 18 00 01\n";
 
+/// A class 1 transaction that succeeds after its TID was asked about.
+std::string verified(int tid) {
+  const std::string number = hexText(std::vector{static_cast<std::uint8_t>(tid)});
+  return "invoke 1 'p'\n > 0A 00 " + number + " 01 'p'\n < 1C 80 " + number + "\n > 1C 00 " +
+         number + "\n < 18 80 " + number + "\n ! invoke.cnf\n idle\n";
+}
+
 std::vector<Script> initiatorScripts() {
   const std::string gaveUp = "! abort.ind own 08\n idle\n";
   const std::string peerAborts = "< 21 80 01 E8\n ! abort.ind peer E8\n idle\n";
@@ -74,6 +81,35 @@ std::vector<Script> initiatorScripts() {
       {"Tok, repeated until enough", kInvoke2 + "< 1C 80 01\n > 1C 00 01\n +5000\n > 1D 00 01\n" +
                                          times(6, "< 1C 80 01\n > 1D 00 01\n") +
                                          "< 1C 80 01\n +5000\n" + gaveUp},
+      {"a Tve behind a hold-on Ack is answered, and the retries stay at rest",
+       kInvoke2 +
+           "< 18 80 01\n ! invoke.cnf\n +60000\n < 1C 80 01\n > 1C 00 01\n"
+           "+119999\n +1\n" +
+           silent},
+      {"an answer that comes too late does not change what is repeated",
+       kResultThere + "thank 'x'\n > 98 00 01 09 'x'\n thank 'yy'\n"
+                      "! refused there is no such transaction in this state\n"
+                      "< 17 80 01 'r'\n > 99 00 01 09 'x'\n +40000\n idle\n"},
+      {"a peer that asks about TID after TID is told once that they begin anew",
+       verified(1) + verified(2) + verified(3) +
+           "invoke 1 'p'\n > 0A 00 04 21 'p'\n +3000\n > 0B 00 04 21 'p'\n"
+           "# what follows is held until that is verified, save class 0\n"
+           "invoke 1 'h'\n invoke 2 'aaaabb'\n invoke 0 'd'\n > 0A 00 07 00 'd'\n"
+           "< 18 80 05\n < 1C 80 04\n > 1C 00 04\n +1000\n < 18 80 04\n ! invoke.cnf\n"
+           "> 0A 00 05 01 'h'\n > 0C 00 06 02 'aaaa'\n < 1C 80 05\n > 1C 00 05\n"
+           "< 18 80 05\n ! invoke.cnf\n abort EA\n ! refused there is no such transaction in "
+           "this state\n" +
+           times(8, "+3000\n > 0D 00 06 02 'aaaa'\n") + "+3000\n" + gaveUp +
+           "# telling it once more would not help\n" + verified(8) +
+           "# until it believes\n invoke 1 'p'\n > 0A 00 09 01 'p'\n < 18 80 09\n"
+           "! invoke.cnf\n idle\n" +
+           verified(10)},
+      {"invokes that are held may be taken back",
+       verified(1) + verified(2) + verified(3) +
+           "invoke 1 'p'\n > 0A 00 04 21 'p'\n invoke 1 'h'\n abort EA\n"
+           "# and are let go when the one before them fails\n"
+           "invoke 1 'i'\n < 21 80 04 E8\n ! abort.ind peer E8\n > 0A 00 06 01 'i'\n"
+           "< 18 80 06\n ! invoke.cnf\n idle\n"},
       {"a negative Ack asks for the whole invoke",
        kInvoke1 +
            "< 38 80 01 00\n > 0B 00 01 01 'p'\n < 38 80 01 01 00\n > 0B 00 01 01 'p'\n"
@@ -236,6 +272,8 @@ std::vector<Script> responderScripts() {
       {"class 2 answered, then held on, then served in groups",
        kServe2 + "answer\n +2000\n > 18 80 05\n result 'rrrrs'\n > 14 80 05 'rrrr'\n"
                  "< 98 00 05 19 00\n > 32 80 05 01 's'\n < 98 00 05 19 01\n ! result.cnf\n idle\n"},
+      {"exit information does not go with an Ack that only holds on",
+       kServe2 + "answer 'i'\n +2000\n > 18 80 05\n" + userAborts},
       {"class 2 whose user is asleep", kServe2User + "+12000\n +2000\n" + silent},
       {"a result that nobody acknowledges",
        kAnswered + times(8, "+7000\n > 13 80 05 'r'\n") + "+7000\n" + gaveUp},
@@ -303,6 +341,9 @@ std::vector<Script> responderScripts() {
       {"a doubted TID and too much",
        kSeen5 + "< 0C 00 05 01 'aaaa'\n > 9C 80 05 19 00\n"
                 "< 28 00 05 01 '0123456789012345678901234567890123456'\n > 20 80 05 09\n idle\n"},
+      {"what the user aborted is not delivered again, though the peer stands by its TID",
+       kServe1 + "abort EB\n > 21 80 05 EB\n < 0A 00 05 01 'p'\n < 0B 00 05 01 'p'\n"
+                 "< 1C 00 05\n +119999\n < 0B 00 05 01 'p'\n idle\n"},
       {"TIDs within half the space are believed, others not",
        "< 0A 00 05 01\n ! invoke.ind 1\n answer\n > 18 80 05\n"
        "< 0A 40 05 01\n ! invoke.ind 1\n answer\n > 18 C0 05\n"
@@ -310,6 +351,9 @@ std::vector<Script> responderScripts() {
        "< 0A 7F FF 01\n ! invoke.ind 1\n answer\n > 18 FF FF\n"
        "< 0A 00 02 01\n ! invoke.ind 1\n answer\n > 18 80 02\n"
        "< 0A 40 03 01\n > 1C C0 03\n +120000\n idle\n"},
+      {"a TID marked as new is verified, though nothing is known of the peer",
+       "< 0A 40 00 21\n > 1C C0 00\n < 1C 40 00\n ! invoke.ind 1\n answer\n > 18 C0 00\n"
+       "< 0A 40 01 01\n ! invoke.ind 1\n answer\n > 18 C0 01\n +40000\n idle\n"},
       {"a TID marked as new counts once it is verified",
        kSeen5 + "< 0A 40 00 21\n > 1C C0 00\n < 1C 40 00\n ! invoke.ind 1\n answer\n > 18 C0 00\n"
                 "< 0A 40 01 01\n ! invoke.ind 1\n answer\n > 18 C0 01\n +40000\n idle\n"},
@@ -392,6 +436,30 @@ TEST(WtpEndpoint, TransactionsOfPeersAreLimited) {
   }
   EXPECT_EQ(served, kMaxPeerTransactions);
   EXPECT_EQ(endpoint.transactions(), kMaxPeerTransactions);
+  // What leaves nothing behind is still heard: it may be the end of a session.
+  endpoint.receive(WdpAddress{}, mmsbrix::test::hex("0A 70 00 00 05 07"), {});
+  EXPECT_TRUE(endpoint.takeEvent().has_value());
+}
+
+TEST(WtpEndpoint, FinishedTransactionsGiveWayToNewOnes) {
+  Endpoint endpoint(Settings{}, 1);
+  const auto invoke = [&endpoint] {
+    return endpoint.invoke(WdpAddress{}, {Class::result}, {}, {}).refusal;
+  };
+  for (std::size_t i = 0; i < 2 * kMaxOwnTransactions; ++i) {
+    ASSERT_EQ(invoke(), Refusal::none);
+    const auto sent = endpoint.takeDatagram();
+    const Octets octets = sent->octets.written();
+    const std::vector<std::uint8_t> result = {0x12, static_cast<std::uint8_t>(octets[1] | 0x80),
+                                              octets[2]};
+    endpoint.receive(WdpAddress{}, result, {});
+    while (const auto event = endpoint.takeEvent()) endpoint.respondResult(event->handle, {}, {});
+    while (endpoint.takeDatagram()) continue;
+  }
+  EXPECT_EQ(endpoint.transactions(), kMaxOwnTransactions);
+  // Those that await something do not give way.
+  for (std::size_t i = 0; i < kMaxOwnTransactions; ++i) ASSERT_EQ(invoke(), Refusal::none);
+  EXPECT_EQ(invoke(), Refusal::tooManyTransactions);
 }
 
 }  // namespace

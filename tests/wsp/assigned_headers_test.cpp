@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cctype>
 #include <set>
 #include <string>
 
@@ -125,6 +126,29 @@ TEST(Assignments, RowWithoutNameEndsATableEarly) {
   EXPECT_EQ(numberToName(cut, 2), nullptr);
   EXPECT_EQ(numberToName(cut, 3), nullptr);
   EXPECT_STREQ(numberToName(cut, 1), "a");
+}
+
+// Tables are looked up by an index; a copy without one is walked row by row.
+TEST(Assignments, AnIndexFindsWhatAWalkFinds) {
+  for (int kind = kParameters; kind <= kSecurity; ++kind) {
+    const AssignmentsBase& indexed = table(kind);
+    const AssignmentsBase walked{indexed.rows, indexed.rowCount, indexed.caseSensitive};
+    ASSERT_NE(indexed.index, nullptr);
+    for (std::uint32_t code = 0; code <= 0x10000; ++code) {
+      ASSERT_EQ(numberToName(indexed, code), numberToName(walked, code)) << kind << ' ' << code;
+    }
+    for (std::size_t i = 0; i < indexed.rowCount && indexed.rows[i].name != nullptr; ++i) {
+      const std::string name = indexed.rows[i].name;
+      std::string upper = name;
+      for (char& c : upper) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+      std::string other = name;
+      other[other.size() / 3] ^= 1;
+      for (const std::string& spelling : {name, upper, other, name + "x", name.substr(1)}) {
+        ASSERT_EQ(nameToNumber(indexed, spelling), nameToNumber(walked, spelling))
+            << kind << ' ' << spelling;
+      }
+    }
+  }
 }
 
 TEST(Assignments, ContentTypesStandInCodeOrderAndLanguagesBeginWithTheirKey) {

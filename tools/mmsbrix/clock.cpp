@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <string>
 
 namespace mmsbrix::tool {
@@ -48,7 +49,7 @@ std::optional<int> parseClock(std::string_view text) {
     }
   }
   if (milliseconds < 0 || milliseconds > kDay) return std::nullopt;
-  return static_cast<int>(milliseconds + 0.5);
+  return static_cast<int>(std::lround(milliseconds));
 }
 
 }  // namespace mmsbrix::tool

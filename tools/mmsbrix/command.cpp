@@ -4,6 +4,7 @@
 #include <mmsbrix/mms/mmscodec.h>
 #include <mmsbrix/model/mmpart.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -19,6 +20,16 @@
 
 namespace mmsbrix::tool {
 
+namespace {
+
+// Why the last file operation on `path` failed.
+std::string reasonFor(const std::string& path) {
+  if (std::filesystem::is_directory(path)) return path + ": is a directory";
+  return path + ": " + (errno != 0 ? std::strerror(errno) : "cannot be read");
+}
+
+}  // namespace
+
 std::optional<std::string> readAll(const std::string& path, std::istream& in, std::string& error) {
   if (path == "-") {
     std::string content{std::istreambuf_iterator<char>(in), {}};
@@ -26,26 +37,47 @@ std::optional<std::string> readAll(const std::string& path, std::istream& in, st
     error = "standard input: cannot be read";
     return std::nullopt;
   }
+  const auto file = readContent(path, in, error);
+  return file ? std::optional<std::string>(charactersOf(*file)) : std::nullopt;
+}
+
+std::optional<CMMPart> readContent(const std::string& path, std::istream& in, std::string& error) {
   CMMPart file;
-  errno = 0;
-  if (!file.Load(path.c_str())) {
-    error = path + ": " + (errno != 0 ? std::strerror(errno) : "cannot be read");
-    if (std::filesystem::is_directory(path)) error = path + ": is a directory";
-    return std::nullopt;
+  if (path == "-") {
+    const auto content = readAll(path, in, error);
+    if (!content) return std::nullopt;
+    file.SetContent(content->data(), static_cast<int>(content->size()));
+    return file;
   }
-  return std::string(reinterpret_cast<const char*>(file.GetContent()),
-                     static_cast<std::size_t>(file.GetContentLen()));
+  errno = 0;
+  if (file.Load(path.c_str())) return file;
+  error = reasonFor(path);
+  return std::nullopt;
+}
+
+std::string_view charactersOf(const CMMPart& part) noexcept {
+  return {reinterpret_cast<const char*>(part.GetContent()),
+          static_cast<std::size_t>(part.GetContentLen())};
 }
 
 bool loadMessage(const std::string& path, const char* verb, const Streams& streams,
                  CMMsg& message) {
   std::string error;
-  const auto pdu = readAll(path, streams.in, error);
-  if (!pdu) {
+  bool read = false;
+  if (path == "-") {
+    if (const auto pdu = readAll(path, streams.in, error)) {
+      MMS_LoadFromMemory(pdu->data(), static_cast<unsigned int>(pdu->size()), &message, 0);
+      read = true;
+    }
+  } else {
+    errno = 0;
+    read = MMS_Load(path.c_str(), &message, 0) == 1;
+    if (!read) error = reasonFor(path);
+  }
+  if (!read) {
     streams.err << "mmsbrix " << verb << ": " << printable(error) << '\n';
     return false;
   }
-  MMS_LoadFromMemory(pdu->data(), static_cast<unsigned int>(pdu->size()), &message, 0);
   if (message.GetMsgType() != 0) return true;
   streams.err << "mmsbrix " << verb << ": " << printable(path)
               << ": offset 0: this is no MMS PDU\n";
@@ -113,6 +145,13 @@ std::optional<Credentials> readCredentials(const std::string& path, std::string&
   std::string line;
   if (!file) {
     error = path + ": cannot be opened";
+    return std::nullopt;
+  }
+  // What others can read is no secret: say so instead of relying on it.
+  struct stat status {};
+  if (::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+      (status.st_mode & (S_IRGRP | S_IROTH)) != 0) {
+    error = path + ": others can read it; let its owner alone (chmod 600)";
     return std::nullopt;
   }
   std::getline(file, line);

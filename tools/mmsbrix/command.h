@@ -27,6 +27,10 @@ struct Streams {
 /// A file's octets, or those of `in` for "-".  Nothing on failure, and `error` names the file and
 /// says why.
 std::optional<std::string> readAll(const std::string& path, std::istream& in, std::string& error);
+/// The same as the content of a part, which a file is read into without a copy.
+std::optional<CMMPart> readContent(const std::string& path, std::istream& in, std::string& error);
+/// The content of a part as characters.
+[[nodiscard]] std::string_view charactersOf(const CMMPart& part) noexcept;
 
 /// Loads a message from a file or `in`; false, having said why on behalf of `verb`, when it cannot.
 bool loadMessage(const std::string& path, const char* verb, const Streams& streams, CMMsg& message);
@@ -52,7 +56,7 @@ struct Credentials {
   std::string password;
 };
 /// Reads "user:password" from the first line of a file; nothing, with `error` set, when it is not
-/// there.
+/// there, or when others than the file's owner can read it.
 std::optional<Credentials> readCredentials(const std::string& path, std::string& error);
 
 /// Text for a terminal: control characters and octets that are not UTF-8 show as "\xNN".

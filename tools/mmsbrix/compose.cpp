@@ -2,9 +2,11 @@
 
 #include <mmsbrix/convert/media_types.h>
 #include <mmsbrix/convert/mmsconvert.h>
+#include <mmsbrix/convert/replies.h>
 #include <mmsbrix/convert/slides.h>
 #include <mmsbrix/mms/charsets.h>
 #include <mmsbrix/mms/mmscodec.h>
+#include <mmsbrix/mms/transaction_id.h>
 
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
@@ -53,6 +55,7 @@ class Composer {
     message_.SetVersion(command_.version.c_str());
     message_.SetTransactionId(
         (command_.transactionId.empty() ? uniqueTransactionId() : command_.transactionId).c_str());
+    if (!command_.replyTo.empty()) reply();
     addRecipients(command_.to, *message_.GetTo());
     addRecipients(command_.cc, *message_.GetCc());
     addRecipients(command_.bcc, *message_.GetBcc());
@@ -80,6 +83,25 @@ class Composer {
   void addRecipients(const std::vector<std::string>& texts, CMMAddrList& list) {
     for (const std::string& text : texts) {
       if (const auto recipient = address(text)) list.Add(&*recipient);
+    }
+  }
+
+  // To everybody in a received message but oneself, under its subject.
+  void reply() {
+    CMMsg received;
+    errno = 0;
+    if (MMS_Load(command_.replyTo.c_str(), &received, 0) == 0 || received.GetMsgType() == 0) {
+      problem(command_.replyTo + ": " + (errno != 0 ? std::strerror(errno) : "is no MMS PDU"));
+      return;
+    }
+    CMMAddrList own;
+    addRecipients(command_.own, own);
+    const ReplyRecipients people = replyToAll(received, {own.begin(), own.end()});
+    for (const CMMAddr& address : people.to) message_.AddTo(&address);
+    for (const CMMAddr& address : people.cc) message_.AddCc(&address);
+    if (const CMMString* subject = received.GetSubject(); subject && !command_.hasSubject) {
+      const CMMString answer = replySubject(*subject);
+      message_.SetSubject(&answer);
     }
   }
 
@@ -444,6 +466,11 @@ CLI::App* addCompose(CLI::App& app, ComposeCommand& command) {
       list("--bcc", command.bcc, "Recipient of a blind copy", "ADDRESS"),
       compose->add_option("--from", command.from, "Sender; left to the relay when not given")
           ->type_name("ADDRESS"),
+      compose
+          ->add_option("--reply", command.replyTo,
+                       "Reply to everybody in this received message, with its subject")
+          ->type_name("FILE"),
+      list("--own", command.own, "With --reply: own address, which is left out", "ADDRESS"),
       compose->add_option("--subject", command.subject, "Subject, UTF-8")->type_name("TEXT"),
       list("--text", command.texts, "Text part, UTF-8", "TEXT"),
       list("--attach", command.attachments, "Part from a file; the type from its name unless given",
@@ -497,6 +524,7 @@ CLI::App* addCompose(CLI::App& app, ComposeCommand& command) {
                        "with a presentation, else mixed")
           ->transform(CLI::CheckedTransformer(kContainers, CLI::ignore_case)));
   for (CLI::Option* field : fields) field->excludes(json);
+  compose->get_option("--own")->needs(compose->get_option("--reply"));
   // The body comes from one source.
   for (const char* presentation : {"--slide", "--smil"}) {
     for (const char* other : {"--text", "--attach", "--body", "--start"}) {

@@ -25,6 +25,8 @@ struct ComposeCommand {
   std::vector<std::string> cc;
   std::vector<std::string> bcc;
   std::string from;
+  std::string replyTo;           ///< received message whose people the message goes to
+  std::vector<std::string> own;  ///< own addresses, which are left out of them
   std::string subject;
   bool hasSubject = false;
   std::vector<std::string> texts;

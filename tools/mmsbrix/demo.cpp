@@ -28,9 +28,8 @@ namespace fs = std::filesystem;
 // The folder of the demo: the one asked for, or a temporary one that goes away.
 class DemoFolder {
  public:
-  explicit DemoFolder(const std::string& wanted) : temporary_(wanted.empty()) {
+  explicit DemoFolder(const std::string& wanted) : temporary_(wanted.empty()), path_(wanted) {
     std::error_code error;
-    path_ = wanted;
     if (temporary_) {
       path_ = fs::temp_directory_path(error) /
               ("mmsbrix-demo-" + std::to_string(std::random_device()()));
@@ -106,6 +105,12 @@ CLI::App* addDemo(CLI::App& app, DemoCommand& command) {
   CLI::App* demo = app.add_subcommand(
       "demo", "Compose a message, submit it through a relay of its own, and show what arrived");
   demo->add_option("--keep", command.keep, "Keep the files in this folder")->type_name("DIR");
+  demo->add_flag("--wap", command.wap,
+                 "Submit it through a WAP gateway (WSP over UDP) instead of an HTTP proxy");
+  demo->footer(
+      "Examples:\n"
+      "  mmsbrix demo\n"
+      "  mmsbrix demo --wap --keep demo-files");
   return demo;
 }
 
@@ -120,8 +125,11 @@ int runDemo(const DemoCommand& command, const Streams& streams) {
   if (const int failed = runCompose(compose, streams); failed != kDone) return failed;
   if (runShow({{compose.output}, false, false}, streams) != kDone) return kFailed;
 
-  heading(streams, "submit it to a relay, through the relay as HTTP proxy");
+  heading(streams, command.wap ? "submit it to a relay, through the relay as WAP gateway"
+                               : "submit it to a relay, through the relay as HTTP proxy");
   RelayOptions options;
+  options.http = !command.wap;
+  if (command.wap) options.wap.emplace();
   options.storeDirectory = folder.file("stored");
   std::error_code ignored;
   fs::create_directories(options.storeDirectory, ignored);
@@ -134,7 +142,7 @@ int runDemo(const DemoCommand& command, const Streams& streams) {
   SendCommand send;
   send.file = compose.output;
   send.url = "http://mmsc.example/mms";
-  send.proxy = relay->address();
+  (command.wap ? send.wap : send.proxy) = command.wap ? relay->wapAddress() : relay->address();
   send.trace = true;
   const Streams talk{streams.in, streams.out, streams.out};  // the trace is part of the show
   if (runSend(send, talk) != kDone) return kFailed;

@@ -12,6 +12,7 @@ namespace mmsbrix::tool {
 /// The command line of `demo`.
 struct DemoCommand {
   std::string keep;  ///< folder that the files stay in; a temporary one when empty
+  bool wap = false;  ///< submits through a WAP gateway instead of an HTTP proxy
 };
 
 /// Adds the subcommand to a parser; `command` receives what is given and must outlive it.

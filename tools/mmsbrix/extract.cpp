@@ -14,6 +14,7 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace mmsbrix::tool {
@@ -94,7 +95,10 @@ class Leftovers {
     if (path.empty()) {
       const CMMHdr* type = part.Headers()->Find("Content-Type");
       const std::string extension = type == nullptr ? "" : extensionOfMediaType(type->GetValue());
-      path = writeNewFile(folder_, "MMSContent", extension, decodedContent(part));
+      // Only what is encoded needs a copy.
+      path = part.Headers()->Find("Content-Transfer-Encoding") == nullptr
+                 ? writeNewFile(folder_, "MMSContent", extension, charactersOf(part))
+                 : writeNewFile(folder_, "MMSContent", extension, decodedContent(part));
     }
     if (path.empty()) {
       streams_.err << "mmsbrix extract: " << printable(sourceOf(media)) << " cannot be saved\n";
@@ -110,12 +114,38 @@ class Leftovers {
   std::map<const CMMPart*, std::string> saved_;
 };
 
+// Extraction turns texts into UTF-16 where they are; this puts them back.
+class KeptTexts {
+ public:
+  explicit KeptTexts(CMMsg& message) {
+    for (CMMPart* part = message.Content()->FirstChild(); part != nullptr;
+         part = message.Content()->NextChild()) {
+      const CMMHdr* type = part->Headers()->Find("Content-Type");
+      if (type == nullptr || !type->Value().starts_with("text")) continue;
+      CMMPart& kept = texts_.emplace_back(part, CMMPart()).second;
+      kept.SetContent(part->GetContent(), part->GetContentLen());
+    }
+  }
+  KeptTexts(const KeptTexts&) = delete;
+  KeptTexts& operator=(const KeptTexts&) = delete;
+  ~KeptTexts() {
+    for (const auto& [part, kept] : texts_) {
+      part->SetContent(kept.GetContent(), kept.GetContentLen());
+    }
+  }
+
+ private:
+  std::vector<std::pair<CMMPart*, CMMPart>> texts_;
+};
+
 // False when there is no presentation that can be extracted.
 bool extractPresentation(CMMsg& message, const std::string& folder, const Streams& streams,
                          int& result) {
   CSMIL smil;
-  CMMsg copy(message);  // extraction may change the copy's text parts
-  if (MMS_MMSToSmil(&copy, &smil, (folder + "/").c_str(), 0) != 1) return false;
+  {
+    const KeptTexts texts(message);
+    if (MMS_MMSToSmil(&message, &smil, (folder + "/").c_str(), 0) != 1) return false;
+  }
   const bool complete = Leftovers(message, folder, streams).save(smil);
   // The presentation lies beside its media, so it names them by their names.
   const std::string prefix = folder + "/";

@@ -12,6 +12,10 @@
 #include "compose.h"
 #include "demo.h"
 #include "extract.h"
+#include "fetch.h"
+#include "listen.h"
+#include "manual.h"
+#include "operators.h"
 #include "preview.h"
 #include "relay.h"
 #include "send.h"
@@ -32,6 +36,12 @@ int run(int argc, char** argv) {
   ComposeCommand compose;
   ShowCommand show;
   SendCommand send;
+  FetchCommand fetch;
+  ReportCommand report;
+  OperatorsCommand operators;
+  ConfigCommand config;
+  ManualCommand manual;
+  ListenCommand listen;
   RelayCommand relay;
   DemoCommand demo;
   WspCommand wsp;
@@ -44,9 +54,15 @@ int run(int argc, char** argv) {
   CLI::App* previewApp = addPreview(app, preview);
   CLI::App* smilApp = addSmil(app, smil);
   CLI::App* sendApp = addSend(app, send);
+  CLI::App* fetchApp = addFetch(app, fetch);
+  CLI::App* reportApp = addReport(app, report);
+  CLI::App* listenApp = addListen(app, listen);
   CLI::App* relayApp = addRelay(app, relay);
+  CLI::App* operatorsApp = addOperators(app, operators);
+  CLI::App* configApp = addConfig(app, config);
   CLI::App* demoApp = addDemo(app, demo);
   CLI::App* wspApp = addWsp(app, wsp);
+  CLI::App* manualApp = addManual(app, manual);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -56,14 +72,18 @@ int run(int argc, char** argv) {
   int result = kWrongUsage;
   if (composeApp->parsed()) result = runCompose(compose, streams);
   if (showApp->parsed()) result = runShow(show, streams);
-  if (sendApp->parsed()) {
-    send.showProgress = ::isatty(STDERR_FILENO) == 1;
-    result = runSend(send, streams);
-  }
+  send.showProgress = fetch.showProgress = ::isatty(STDERR_FILENO) == 1;
+  if (sendApp->parsed()) result = runSend(send, streams);
+  if (fetchApp->parsed()) result = runFetch(fetch, streams);
+  if (reportApp->parsed()) result = runReport(report, streams);
+  if (listenApp->parsed()) result = runListen(listen, streams);
   if (relayApp->parsed()) result = runRelay(relay, std::cout, std::cerr);
   if (extractApp->parsed()) result = runExtract(extract, streams);
   if (previewApp->parsed()) result = runPreview(preview, streams);
   if (smilApp->parsed()) result = runSmil(smil, streams);
+  if (operatorsApp->parsed()) result = runOperators(operators, streams);
+  if (configApp->parsed()) result = runConfig(config, streams);
+  if (manualApp->parsed()) result = runManual(app, manual, streams);
   if (wspApp->parsed()) result = runWsp(wsp, streams);
   if (demoApp->parsed()) result = runDemo(demo, streams);
   std::cout.flush();

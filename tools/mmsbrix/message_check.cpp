@@ -3,9 +3,6 @@
 #include <mmsbrix/mms/charsets.h>
 
 #include <algorithm>
-#include <chrono>
-#include <cstdio>
-#include <random>
 #include <string_view>
 
 namespace mmsbrix::tool {
@@ -111,16 +108,6 @@ std::vector<std::string> findProblems(CMMsg& message) {
   }
   checkBody(*message.Content(), problems);
   return problems;
-}
-
-std::string uniqueTransactionId() {
-  std::random_device random;
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
-  const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
-  char text[48];
-  std::snprintf(text, sizeof text, "T%llX-%08X", static_cast<unsigned long long>(milliseconds),
-                random());
-  return text;
 }
 
 }  // namespace mmsbrix::tool

@@ -12,9 +12,6 @@ namespace mmsbrix::tool {
 /// One line for each reason; none for a message that can go out.  Moves the message's cursors.
 [[nodiscard]] std::vector<std::string> findProblems(CMMsg& message);
 
-/// A transaction id that no other run gives: time and chance.
-[[nodiscard]] std::string uniqueTransactionId();
-
 }  // namespace mmsbrix::tool
 
 #endif  // MMSBRIX_TOOLS_MESSAGE_CHECK_H

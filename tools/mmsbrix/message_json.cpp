@@ -3,6 +3,7 @@
 #include <mmsbrix/convert/media_types.h>
 #include <mmsbrix/mms/charsets.h>
 #include <mmsbrix/mms/dates.h>
+#include <mmsbrix/mms/transaction_id.h>
 
 #include <algorithm>
 #include <array>

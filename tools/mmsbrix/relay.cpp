@@ -26,6 +26,8 @@
 namespace mmsbrix::tool {
 namespace {
 
+constexpr char kUsualAddress[] = "127.0.0.1:8080";
+
 /// Takes SIGINT and SIGTERM from their handlers into a descriptor, for this thread and those that
 /// it starts, and gives them back at the end.
 class SignalScope {
@@ -42,7 +44,7 @@ class SignalScope {
   SignalScope& operator=(const SignalScope&) = delete;
   ~SignalScope() {
     // A signal that is still pending is taken, so that unblocking does not end the process.
-    signalfd_siginfo taken;
+    signalfd_siginfo taken{};
     while (::read(descriptor_, &taken, sizeof taken) > 0) continue;
     ::close(descriptor_);
     pthread_sigmask(SIG_SETMASK, &before_, nullptr);
@@ -92,11 +94,65 @@ bool parseStatus(const std::string& text, std::uint8_t& status) {
   return false;
 }
 
+// "PERCENT[:SEED]"
+bool parseLoss(std::string_view text, RelayWap& wap) {
+  const std::size_t colon = text.find(':');
+  if (colon != std::string_view::npos && !parseNumber(text.substr(colon + 1), 10, wap.lossSeed)) {
+    return false;
+  }
+  return parseNumber(text.substr(0, colon), 10, wap.lossPercent) && wap.lossPercent <= 100;
+}
+
+// An HTTP status that refuses, "403", or a WSP reason to abort with, "0xE4".
+bool parseRefusal(std::string_view text, RelayWap& wap) {
+  if (text.starts_with("0x") || text.starts_with("0X")) {
+    return parseNumber(text.substr(2), 16, wap.abortReason) && wap.abortReason >= 0xE0 &&
+           wap.abortReason <= 0xEE;
+  }
+  return parseNumber(text, 10, wap.refuseStatus) && wap.refuseStatus >= 300 &&
+         wap.refuseStatus <= 505;
+}
+
+// Where and how the WAP gateway listens.  An exit status, with a line on `err` unless done.
+int fillWap(const RelayCommand& command, RelayWap& wap, std::ostream& err) {
+  const auto wrong = [&err](const char* option, const char* what, const std::string& value) {
+    err << "mmsbrix relay: " << option << ": " << what << ": " << printable(value) << "\n";
+    return kWrongUsage;
+  };
+  if (!parseNumber(command.wap, 10, wap.port) &&
+      !parseEndpoint(command.wap, std::nullopt, wap.host, wap.port)) {
+    return wrong("--wap", "not [HOST:]PORT", command.wap);
+  }
+  std::string host;
+  std::uint16_t port = 0;
+  if (!command.wapRedirect.empty() &&
+      !parseEndpoint(command.wapRedirect, std::nullopt, host, port)) {
+    return wrong("--wap-redirect", "not HOST:PORT", command.wapRedirect);
+  }
+  if (!command.wapRefuse.empty() && !parseRefusal(command.wapRefuse, wap)) {
+    return wrong("--wap-refuse", "neither a status from 300 to 505 nor a reason from 0xE0 to 0xEE",
+                 command.wapRefuse);
+  }
+  if (!command.wapLoss.empty() && !parseLoss(command.wapLoss, wap)) {
+    return wrong("--wap-loss", "not PERCENT[:SEED]", command.wapLoss);
+  }
+  wap.redirect = command.wapRedirect;
+  wap.redirectPermanent = command.wapRedirectPermanent;
+  return kDone;
+}
+
 // What is asked for, as options of the server.  An exit status, with a line on `err` unless done.
 int fillOptions(const RelayCommand& command, RelayOptions& options, std::ostream& err) {
-  if (!parseEndpoint(command.listen, std::nullopt, options.host, options.port)) {
+  options.http = command.wap.empty() || !command.listen.empty();
+  const std::string listen = command.listen.empty() ? kUsualAddress : command.listen;
+  if (!parseEndpoint(listen, std::nullopt, options.host, options.port)) {
     err << "mmsbrix relay: --listen: not HOST:PORT: " << command.listen << "\n";
     return kWrongUsage;
+  }
+  if (!command.wap.empty()) {
+    if (const int failure = fillWap(command, options.wap.emplace(), err); failure != kDone) {
+      return failure;
+    }
   }
   if (std::uint8_t status = 0; !command.status.empty()) {
     if (!parseStatus(command.status, status)) {
@@ -127,6 +183,7 @@ int fillOptions(const RelayCommand& command, RelayOptions& options, std::ostream
     options.tlsKey = *key;
   }
   options.storeDirectory = command.storeDirectory;
+  options.notifyDirectory = command.notifyDirectory;
   options.responseText = command.text;
   options.httpStatus = command.httpStatus;
   if (!command.contentType.empty()) options.contentType = command.contentType;
@@ -141,13 +198,67 @@ int fillOptions(const RelayCommand& command, RelayOptions& options, std::ostream
 
 }  // namespace
 
+namespace {
+
+void addWap(CLI::App& relay, RelayCommand& command) {
+  const std::string group = "WAP";
+  CLI::Option* wap = relay
+                         .add_option("--wap", command.wap,
+                                     "Listen on this UDP port as a WAP gateway whose every server "
+                                     "is this relay; gateways are expected on 9201")
+                         ->type_name("[HOST:]PORT")
+                         ->group(group);
+  CLI::Option* redirect = relay
+                              .add_option("--wap-redirect", command.wapRedirect,
+                                          "Send every session on to another gateway")
+                              ->type_name("HOST:PORT")
+                              ->needs(wap)
+                              ->group(group);
+  relay
+      .add_flag("--wap-redirect-permanent", command.wapRedirectPermanent,
+                "Clients may remember where they are sent")
+      ->needs(redirect)
+      ->group(group);
+  relay
+      .add_option("--wap-refuse", command.wapRefuse,
+                  "Refuse sessions with an HTTP status (403), or abort them with a WSP reason "
+                  "(0xE4 congestion)")
+      ->type_name("CODE")
+      ->needs(wap)
+      ->excludes(redirect)
+      ->group(group);
+  relay
+      .add_option("--wap-loss", command.wapLoss,
+                  "Lose so many percent of the datagrams, both ways; the same seed loses the same")
+      ->type_name("PERCENT[:SEED]")
+      ->needs(wap)
+      ->group(group);
+  relay.footer(
+      "Examples:\n"
+      "  mmsbrix relay --store received\n"
+      "  mmsbrix relay --wap 9201 --store received\n"
+      "  mmsbrix relay --wap 9201 --wap-loss 10:7 --status Error-network-problem\n"
+      "  mmsbrix relay --wap 9202 --wap-redirect 127.0.0.1:9201");
+}
+
+}  // namespace
+
 CLI::App* addRelay(CLI::App& app, RelayCommand& command) {
   CLI::App* relay = app.add_subcommand(
-      "relay", "Run an MMS relay for trying out and testing: an origin server and a proxy at once");
-  relay->add_option("--listen", command.listen, "Address to listen on; port 0 takes a free one")
+      "relay",
+      "Run an MMS relay for trying out and testing: an origin server and a proxy at once, a WAP "
+      "gateway, or all of them");
+  relay
+      ->add_option("--listen", command.listen,
+                   "Address to listen on for HTTP; port 0 takes a free one")
       ->type_name("HOST:PORT")
-      ->capture_default_str();
+      ->default_str(kUsualAddress + std::string(", none with --wap"));
+  addWap(*relay, command);
   relay->add_option("--store", command.storeDirectory, "Write every valid message here")
+      ->type_name("DIR");
+  relay
+      ->add_option("--notify", command.notifyDirectory,
+                   "Write the notification of every accepted message here; 'fetch' takes it")
       ->type_name("DIR");
   relay
       ->add_option("--status", command.status,
@@ -155,7 +266,7 @@ CLI::App* addRelay(CLI::App& app, RelayCommand& command) {
                    "Error-network-problem")
       ->type_name("STATUS");
   relay->add_option("--text", command.text, "Response text of the answer")->type_name("TEXT");
-  relay->add_option("--http-status", command.httpStatus, "HTTP status of the answer")
+  relay->add_option("--http-status", command.httpStatus, "Status of the answer, as in HTTP")
       ->type_name("CODE")
       ->check(CLI::Range(200, 599))
       ->capture_default_str();
@@ -163,15 +274,18 @@ CLI::App* addRelay(CLI::App& app, RelayCommand& command) {
       ->type_name("TYPE");
   relay->add_option("--delay", command.delayMilliseconds, "Wait before the answer")
       ->type_name("MILLISECONDS");
-  relay->add_option("--slow", command.slowOctets, "Octets of the answer per 100 milliseconds")
+  relay
+      ->add_option("--slow", command.slowOctets, "Octets of the answer per 100 milliseconds (HTTP)")
       ->type_name("OCTETS");
-  relay->add_flag("--chunked", command.chunked, "Send the answer in chunks, without a length");
+  relay->add_flag("--chunked", command.chunked,
+                  "Send the answer in chunks, without a length (HTTP)");
   CLI::Option* broken =
       relay->add_flag("--broken", command.broken, "Answer with a PDU whose octets are mangled");
   CLI::Option* cut =
-      relay->add_flag("--cut", command.cut, "Close the connection before the answer's end");
+      relay->add_flag("--cut", command.cut, "Close the connection before the answer's end (HTTP)");
   CLI::Option* close =
-      relay->add_flag("--close", command.close, "Close the connection without an answer");
+      relay->add_flag("--close", command.close,
+                      "Close the connection without an answer; over WAP, abort the method");
   broken->excludes(cut)->excludes(close);
   cut->excludes(close);
   relay
@@ -204,6 +318,7 @@ int runRelay(const RelayCommand& command, std::ostream& out, std::ostream& err) 
     out << describe(exchange) << std::endl;
     if (++exchanges == command.count) finished.raise();
   };
+  const bool http = options.http;
   std::string error;
   std::unique_lock addressFirst(outMutex);
   const std::unique_ptr<RelayServer> relay = RelayServer::start(std::move(options), error);
@@ -211,8 +326,13 @@ int runRelay(const RelayCommand& command, std::ostream& out, std::ostream& err) 
     err << "mmsbrix relay: " << error << "\n";
     return kFailed;
   }
-  out << "listening on " << (command.tlsCertificateFile.empty() ? "http" : "https") << "://"
-      << relay->address() << "/" << std::endl;
+  if (http) {
+    out << "listening on " << (command.tlsCertificateFile.empty() ? "http" : "https") << "://"
+        << relay->address() << "/" << std::endl;
+  }
+  if (!relay->wapAddress().empty()) {
+    out << "listening on wap://" << relay->wapAddress() << std::endl;
+  }
   addressFirst.unlock();
 
   std::array<pollfd, 2> events = {pollfd{signals.descriptor(), POLLIN, 0},

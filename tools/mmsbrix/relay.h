@@ -13,8 +13,14 @@ namespace mmsbrix::tool {
 
 /// The command line of `relay`.
 struct RelayCommand {
-  std::string listen = "127.0.0.1:8080";
+  std::string listen;  ///< empty for the usual address, or for no HTTP where `wap` is given
+  std::string wap;     ///< "[HOST:]PORT"; empty for no WAP gateway
+  std::string wapRedirect;
+  bool wapRedirectPermanent = false;
+  std::string wapRefuse;  ///< an HTTP status, or a WSP reason in hex
+  std::string wapLoss;    ///< "PERCENT[:SEED]"
   std::string storeDirectory;
+  std::string notifyDirectory;
   std::string status;  ///< octet or name; empty for Ok
   std::string text;
   unsigned httpStatus = 200;

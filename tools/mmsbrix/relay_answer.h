@@ -1,5 +1,5 @@
-// What a relay makes of a PDU: whether it takes it, and the m-send-conf that says so.
-// [OMA-MMS-ENC 6.1, 7.2.20]
+// What a relay makes of a PDU: whether it takes it, the m-send-conf that says so, and what it hands
+// to the recipient: m-notification-ind and m-retrieve-conf.  [OMA-MMS-ENC 6.1 to 6.3, 7.2.20]
 #ifndef MMSBRIX_TOOLS_RELAY_ANSWER_H
 #define MMSBRIX_TOOLS_RELAY_ANSWER_H
 
@@ -37,6 +37,24 @@ struct Verdict {
 /// The m-send-conf that tells a verdict.  `messageId` goes with an accepted message only.
 [[nodiscard]] std::vector<std::uint8_t> encodeSendConf(const Verdict& verdict,
                                                        const std::string& messageId);
+
+/// A message that was accepted, on its way to the recipient.
+struct Delivery {
+  std::span<const std::uint8_t> request{};  ///< the m-send-req
+  std::string messageId{};
+  std::string transactionId{};  ///< of the relay's own PDUs
+  std::string location{};       ///< URL from which the message is fetched
+  std::uint64_t now = 0;        ///< seconds since 1970
+};
+/// Tells the recipient that the message waits.
+[[nodiscard]] std::vector<std::uint8_t> encodeNotificationInd(const Delivery& delivery);
+/// The message as the recipient gets it: without Bcc, without a sender who hides, and with the body
+/// octet for octet.
+[[nodiscard]] std::vector<std::uint8_t> encodeRetrieveConf(const Delivery& delivery);
+
+/// The name of a PDU by which a client answers a delivery, "m-notifyresp-ind" and the like; "" for
+/// any other octets.
+[[nodiscard]] std::string reportName(std::span<const std::uint8_t> pdu);
 
 }  // namespace mmsbrix::tool
 

@@ -1,148 +1,132 @@
 #include "send.h"
 
-#include <mmsbrix/mms/inspector.h>
-#include <mmsbrix/transport/mmshttp.h>
-#include <mmsbrix/transport/trace_log.h>
+#include <mmsbrix/transport/mmswap.h>
 
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
+#include <CLI/Validators.hpp>
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <cstdio>
-#include <cstdlib>
-#include <memory>
+#include <filesystem>
 #include <optional>
 #include <ostream>
 
 namespace mmsbrix::tool {
 namespace {
 
-constexpr std::uint16_t kDefaultProxyPort = 80;
+constexpr std::uint16_t kDefaultWapPort = 9201;
 
-// Credentials from the file, else from MMSBRIX_USER and MMSBRIX_PASSWORD.
-bool findCredentials(const SendCommand& command, Credentials& credentials, std::string& error) {
-  if (!command.credentialsFile.empty()) {
-    auto read = readCredentials(command.credentialsFile, error);
-    if (read) credentials = std::move(*read);
-    return read.has_value();
-  }
-  if (const char* user = std::getenv("MMSBRIX_USER")) credentials.user = user;
-  if (const char* password = std::getenv("MMSBRIX_PASSWORD")) credentials.password = password;
-  return true;
+/// How a submission went.
+struct Submission {
+  int status = kFailed;  ///< exit status
+  std::string result;    ///< code, text and detail; empty when all was said
+};
+
+Submission sendByHttp(const SendCommand& command, const std::string& file, const Streams& streams) {
+  HttpSession session(command, "send", "sent", streams);
+  if (session.status() != kDone) return {session.status(), {}};
+  session.transport().SetSizeLimit(command.maxOctets);
+  const bool accepted = session.transport().SendMMS(command.url.c_str(), file.c_str(), 0);
+  session.endProgress();
+  return {accepted ? kDone : kFailed, session.result()};
 }
 
-// One line that grows while a large body goes out; nothing for what is sent within a second.
-class ProgressLine {
- public:
-  explicit ProgressLine(std::ostream& out) : out_(out) {}
-  ProgressLine(const ProgressLine&) = delete;
-  ProgressLine& operator=(const ProgressLine&) = delete;
-  ~ProgressLine() {
-    if (shown_) out_ << "\r\033[K" << std::flush;
+std::string wapCodeText(CMMSWap::Outcome outcome, unsigned long code) {
+  switch (outcome) {
+    case CMMSWap::Outcome::accepted:
+    case CMMSWap::Outcome::relayStatus:
+      return resultCodeText(CMMSHttp::ResultKind::responseStatus, code);
+    case CMMSWap::Outcome::gatewayStatus:
+      return "WSP status";
+    case CMMSWap::Outcome::noAnswer:
+      return "no answer";
+    case CMMSWap::Outcome::refused:
+      return "refused";
+    case CMMSWap::Outcome::aborted:
+      return "aborted";
+    case CMMSWap::Outcome::disconnected:
+      return "disconnected";
+    default:
+      return "no code";
   }
-  void tell(std::uint64_t sent, std::uint64_t total) {
-    const auto now = std::chrono::steady_clock::now();
-    if (now - started_ < std::chrono::seconds(1) || now - last_ < std::chrono::milliseconds(100))
-      return;
-    last_ = now;
-    shown_ = true;
-    out_ << '\r' << sent / 1024 << " of " << total / 1024 << " KiB sent"
-         << (total == 0 ? "" : " (" + std::to_string(sent * 100 / total) + " %)") << "\033[K"
-         << std::flush;
+}
+
+Submission sendByWap(const SendCommand& command, const std::string& file, const Streams& streams) {
+  std::string host;
+  std::uint16_t port = 0;
+  if (!parseEndpoint(command.wap, kDefaultWapPort, host, port)) {
+    streams.err << "mmsbrix send: --wap: not HOST:PORT: " << printable(command.wap) << '\n';
+    return {kWrongUsage, {}};
   }
-
- private:
-  std::ostream& out_;
-  std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
-  std::chrono::steady_clock::time_point last_{};
-  bool shown_ = false;
-};
-
-// Traces go to the stream for as long as this lives.
-class TraceScope {
- public:
-  TraceScope(bool wanted, std::ostream& out) : wanted_(wanted) {
-    if (wanted) setTraceSink([&out](std::string_view line) { out << printable(line) << '\n'; });
+  std::error_code error;
+  const std::uintmax_t octets = std::filesystem::file_size(file, error);
+  if (command.maxOctets != 0 && !error && octets > command.maxOctets) {
+    return {kFailed, "the message has " + octetCount(octets) + ", the limit is " +
+                         std::to_string(command.maxOctets)};
   }
-  TraceScope(const TraceScope&) = delete;
-  TraceScope& operator=(const TraceScope&) = delete;
-  ~TraceScope() {
-    if (wanted_) setTraceSink({});
+  const TraceScope trace(command.trace, streams.err);
+  CMMSWap transport;
+  if (command.timeoutSeconds != 0) {
+    WapTiming timing;
+    timing.overallLimit = std::chrono::seconds(command.timeoutSeconds);
+    timing.silenceLimit = std::min(timing.silenceLimit, timing.overallLimit);
+    timing.retryInterval = std::min(timing.retryInterval, timing.overallLimit / 4);
+    transport.SetTiming(timing);
   }
-
- private:
-  bool wanted_;
-};
-
-// Disconnects whatever happens in between.
-class Connection {
- public:
-  Connection(CMMSComm& transport, const std::string& host, unsigned port) : transport_(transport) {
-    open_ = transport.ConnectGtw(host.empty() ? nullptr : host.c_str(), port, 0);
-  }
-  Connection(const Connection&) = delete;
-  Connection& operator=(const Connection&) = delete;
-  ~Connection() { transport_.DisconnectGtw(); }
-  [[nodiscard]] bool open() const noexcept { return open_; }
-
- private:
-  CMMSComm& transport_;
-  bool open_ = false;
-};
+  const Connection connection(transport, host, port);
+  const bool accepted =
+      connection.open() && transport.SendMMS(command.url.c_str(), file.c_str(), 0);
+  std::array<char, 512> text{};
+  const unsigned long code = transport.GetResult(text.data());
+  // The texts of statuses stand in the detail, with their numbers.
+  const char* shown = code >= 0x80 ? text.data() : "";
+  return {accepted ? kDone : kFailed, resultLine(wapCodeText(transport.GetOutcome(), code), shown,
+                                                 transport.GetFailureDetail())};
+}
 
 }  // namespace
 
 CLI::App* addSend(CLI::App& app, SendCommand& command) {
-  CLI::App* send = app.add_subcommand("send", "Submit a message to an MMS relay by HTTP");
+  CLI::App* send = app.add_subcommand(
+      "send", "Submit a message to an MMS relay, by HTTP or through a WAP gateway");
   send->footer(
       "Examples:\n"
       "  mmsbrix send hi.mms --url http://mmsc.example/servlets/mms --proxy 10.1.1.1:8080\n"
+      "  mmsbrix send hi.mms --url http://mmsc.example/servlets/mms --wap 10.1.1.1\n"
+      "  mmsbrix send hi.mms --operator fi/DNA\n"
       "  MMSBRIX_USER=ann MMSBRIX_PASSWORD=... mmsbrix send hi.mms --url https://mmsc.example/");
   send->add_option("FILE", command.file, "Message, - for standard input")->required();
-  send->add_option("--url", command.url, "The relay's URL, http or https")
-      ->type_name("URL")
-      ->required();
-  send->add_option("--proxy", command.proxy,
-                   "HTTP proxy; none means a direct connection, port 80 when not given")
-      ->type_name("HOST:PORT");
-  send->add_option("--credentials", command.credentialsFile,
-                   "user:password in the first line of this file, instead of MMSBRIX_USER and "
-                   "MMSBRIX_PASSWORD")
-      ->type_name("FILE");
-  send->add_option("--ca", command.trustedCertificates,
-                   "Trust the certificates in this PEM file instead of the system's")
-      ->type_name("FILE");
-  send->add_flag("--trace", command.trace, "Print each step to standard error");
+  send->add_option("--url", command.url, "The relay's URL, http or https")->type_name("URL");
+  addSessionOptions(*send, command);
+  CLI::Option* wap =
+      send->add_option(
+              "--wap", command.wap,
+              "WAP gateway: submit by WSP over UDP instead of HTTP, port 9201 when not given")
+          ->type_name("HOST[:PORT]");
+  for (const char* http :
+       {"--proxy", "--header", "--user-agent", "--profile-url", "--profile", "--operator"}) {
+    wap->excludes(http);
+  }
+  send->get_option("--timeout")
+      ->description(
+          "Give up after so long without an octet, by default 60 seconds; with a gateway after so "
+          "long in all, by default 45 seconds of silence to a request, 10 minutes for an answer");
+  send->add_option("--max-size", command.maxOctets,
+                   "Refuse a larger message before anything is uploaded: octets, or 300k, 1m")
+      ->transform(CLI::AsSizeValue(false).description(""))
+      ->type_name("SIZE");
   return send;
 }
 
-std::string resultCodeText(CMMSHttp::ResultKind kind, unsigned long code) {
-  if (kind == CMMSHttp::ResultKind::none) return "no code";
-  char text[32];
-  if (kind != CMMSHttp::ResultKind::responseStatus) {
-    const bool http = kind == CMMSHttp::ResultKind::httpStatus;
-    std::snprintf(text, sizeof text, http ? "HTTP %lu" : "error %lu", code);
-    return text;
-  }
-  const std::string name = responseStatusName(static_cast<int>(code));
-  std::snprintf(text, sizeof text, name.empty() ? "0x%02lX" : "0x%02lX ", code);
-  return text + name;
-}
-
-int runSend(const SendCommand& command, const Streams& streams) {
-  std::string host;
-  std::uint16_t port = 0;
-  if (!command.proxy.empty() && !parseEndpoint(command.proxy, kDefaultProxyPort, host, port)) {
-    streams.err << "mmsbrix send: --proxy: not HOST:PORT: " << printable(command.proxy) << '\n';
+int runSend(const SendCommand& given, const Streams& streams) {
+  SendCommand command = given;
+  if (const int status = completeOptions(command, "send", streams); status != kDone) return status;
+  if (command.url.empty()) {
+    streams.err << "mmsbrix send: --url, --operator or a profile is required\n";
     return kWrongUsage;
   }
   std::string error;
-  Credentials credentials;
-  if (!findCredentials(command, credentials, error)) {
-    streams.err << "mmsbrix send: " << printable(error) << '\n';
-    return kFailed;
-  }
   std::optional<TemporaryFile> spooled;
   if (command.file == "-") {
     const auto content = readAll("-", streams.in, error);
@@ -152,40 +136,16 @@ int runSend(const SendCommand& command, const Streams& streams) {
       return kFailed;
     }
   }
-  const TraceScope trace(command.trace, streams.err);
-  CMMSHttp transport;
-  transport.SetTrustedCertificates(command.trustedCertificates.c_str());
-  transport.SetCredentials(credentials.user.c_str(), credentials.password.c_str());
-  bool accepted = false;
-  std::string result;
-  std::string detail;
-  std::array<char, 512> text{};
-  {
-    const Connection connection(transport, host, port);
-    std::optional<ProgressLine> progress;
-    if (command.showProgress) {
-      progress.emplace(streams.err);
-      transport.SetProgress([&](std::uint64_t sent, std::uint64_t total) {
-        progress->tell(sent, total);
-        return true;
-      });
-    }
-    const std::string& file = spooled ? spooled->path() : command.file;
-    accepted = connection.open() && transport.SendMMS(command.url.c_str(), file.c_str(), 0);
-    result = resultCodeText(transport.GetResultKind(), transport.GetResult(text.data()));
-    detail = transport.GetFailureDetail();
+  const std::string& file = spooled ? spooled->path() : command.file;
+  const Submission sent =
+      command.wap.empty() ? sendByHttp(command, file, streams) : sendByWap(command, file, streams);
+  if (sent.status == kDone) {
+    streams.out << "accepted: " << sent.result << '\n';
+  } else if (!sent.result.empty()) {
+    streams.err << "mmsbrix send: " << printable(command.file) << " not sent: " << sent.result
+                << '\n';
   }
-  // The texts may have lines of their own; here they stand in one.
-  std::string shown = text.data();
-  std::ranges::replace(shown, '\n', ' ');
-  if (!shown.empty()) result += ": " + printable(shown);
-  if (!detail.empty()) result += " (" + printable(detail) + ")";
-  if (accepted) {
-    streams.out << "accepted: " << result << '\n';
-    return kDone;
-  }
-  streams.err << "mmsbrix send: " << printable(command.file) << " not sent: " << result << '\n';
-  return kFailed;
+  return sent.status;
 }
 
 }  // namespace mmsbrix::tool

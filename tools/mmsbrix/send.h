@@ -2,24 +2,20 @@
 #ifndef MMSBRIX_TOOLS_SEND_H
 #define MMSBRIX_TOOLS_SEND_H
 
-#include <mmsbrix/transport/mmshttp.h>
-
 #include <CLI/App.hpp>
+#include <cstdint>
 #include <string>
 
 #include "command.h"
+#include "session.h"
 
 namespace mmsbrix::tool {
 
 /// The command line of `send`.
-struct SendCommand {
+struct SendCommand : SessionOptions {
   std::string file;
-  std::string url;
-  std::string proxy;
-  std::string credentialsFile;
-  std::string trustedCertificates;  ///< PEM file; empty for the system's
-  bool trace = false;
-  bool showProgress = false;  ///< told by the terminal, not by an option
+  std::string wap;              ///< HOST[:PORT] of a WAP gateway; empty for HTTP
+  std::uint64_t maxOctets = 0;  ///< of the message; 0 for any number
 };
 
 /// Adds the subcommand to a parser; `command` receives what is given and must outlive it.
@@ -28,9 +24,6 @@ CLI::App* addSend(CLI::App& app, SendCommand& command);
 /// Submits, and prints code and text: on `out` when the relay has accepted the message, else on
 /// `err`.
 int runSend(const SendCommand& command, const Streams& streams);
-
-/// The code of a submission with what kind of code it is: "0x80 Ok", "HTTP 404", "error 12029".
-[[nodiscard]] std::string resultCodeText(CMMSHttp::ResultKind kind, unsigned long code);
 
 }  // namespace mmsbrix::tool
 

@@ -272,22 +272,23 @@ bool isNoPdu(const Inspection& inspection) {
 
 int showOne(const ShowCommand& command, const std::string& file, const Streams& streams) {
   std::string error;
-  const auto pdu = readAll(file, streams.in, error);
-  if (!pdu) {
+  const auto content = readContent(file, streams.in, error);
+  if (!content) {
     streams.err << "mmsbrix show: " << printable(error) << '\n';
     return kFailed;
   }
-  const Inspection inspection = inspect(pdu->data(), pdu->size());
+  const std::string_view pdu = charactersOf(*content);
+  const Inspection inspection = inspect(pdu.data(), pdu.size());
   if (isNoPdu(inspection)) {
     streams.err << "mmsbrix show: " << printable(file)
                 << ": offset 0: " << inspection.remarks.front().text << '\n';
     return kFailed;
   }
   if (command.json) {
-    streams.out << inspectionJson(inspection, file, *pdu, command.hex).dump(2) << '\n';
+    streams.out << inspectionJson(inspection, file, pdu, command.hex).dump(2) << '\n';
   } else {
     if (command.files.size() > 1) streams.out << printable(file) << ": ";
-    printInspection(inspection, *pdu, command.hex, streams.out);
+    printInspection(inspection, pdu, command.hex, streams.out);
   }
   return kDone;
 }

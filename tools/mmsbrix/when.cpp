@@ -39,7 +39,7 @@ bool takeZone(std::string_view& text, bool& utc, std::int64_t& offset) {
   take(text, ":");
   if (!text.empty() && !takeNumber(text, 2, minutes)) return false;
   utc = true;
-  offset = sign * (hours * 3600 + minutes * 60);
+  offset = std::int64_t{sign} * (hours * 3600 + minutes * 60);
   return hours < 24 && minutes < 60;
 }
 

@@ -24,6 +24,7 @@ class Conversion {
   }
 
  private:
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): what iconv_open returns on failure
   static inline const iconv_t kInvalid = reinterpret_cast<iconv_t>(-1);
   iconv_t handle_;
 };

@@ -73,12 +73,32 @@ void set(unsigned* error, unsigned value) noexcept {
   if (error != nullptr) *error = value;
 }
 
-// Writes into whatever stands under the name now: a device, a pipe, or a file whose folder takes no
-// new ones.  0 or errno.
+// Writes into whatever stands under the name now: a device, a pipe, the target of a link.  0 or
+// errno.
 int writeInPlace(const char* path, std::span<const std::uint8_t> content) noexcept {
   Descriptor file(openRetrying(path, O_WRONLY | O_CREAT | O_TRUNC, 0666));
   if (!file.valid()) return errno;
   const int failure = writeFully(file.get(), content);
+  const int closing = file.close();
+  return failure != 0 ? failure : closing;
+}
+
+// Writes over a regular file whose folder takes no new ones.  The room is made first, so that a
+// full disk leaves the old file as it was.  0 or errno.
+int overwrite(const char* path, const struct stat& existing,
+              std::span<const std::uint8_t> content) noexcept {
+  Descriptor file(openRetrying(path, O_WRONLY));
+  if (!file.valid()) return errno;
+  const auto octets = static_cast<off_t>(content.size());
+  if (octets > existing.st_size) {
+    const int failure = ::posix_fallocate(file.get(), 0, octets);
+    // A file system that cannot make room beforehand is written to all the same.
+    if (failure != 0 && failure != EINVAL && failure != EOPNOTSUPP) {
+      return ::ftruncate(file.get(), existing.st_size) == 0 ? failure : errno;
+    }
+  }
+  int failure = writeFully(file.get(), content);
+  if (failure == 0 && ::ftruncate(file.get(), octets) != 0) failure = errno;
   const int closing = file.close();
   return failure != 0 ? failure : closing;
 }
@@ -121,7 +141,7 @@ int writeOrErrno(const char* path, std::span<const std::uint8_t> content) {
   if (exists && ::access(target.c_str(), W_OK) != 0) return errno;
   const int failure = writeBesideAndRename(target, exists ? &status : nullptr, content);
   const bool folderTakesNone = failure == EACCES || failure == EPERM || failure == EROFS;
-  return exists && folderTakesNone ? writeInPlace(path, content) : failure;
+  return exists && folderTakesNone ? overwrite(path, status, content) : failure;
 }
 
 }  // namespace
@@ -214,6 +234,10 @@ unsigned writeNewFile(const char* path, std::span<const std::uint8_t> content) {
   if (failure == 0) failure = closing;
   if (failure != 0) ::unlink(path);
   return win32Error(failure);
+}
+
+void removeFile(const char* path) noexcept {
+  ::unlink(path);
 }
 
 std::string temporaryFolder() {

@@ -195,10 +195,15 @@ struct Server {
   std::string password;
 };
 
+enum class Method { post, get };
+
 class CurlRequest final : public HttpRequest {
  public:
-  CurlRequest(const SessionState& session, Server server, std::string acceptType)
-      : session_(session), server_(std::move(server)), acceptType_(std::move(acceptType)) {}
+  CurlRequest(const SessionState& session, Server server, Method method, std::string acceptType)
+      : session_(session),
+        server_(std::move(server)),
+        method_(method),
+        acceptType_(std::move(acceptType)) {}
 
   unsigned id() const noexcept override { return id_; }
   unsigned status() const noexcept override { return reply_.status(); }
@@ -293,10 +298,14 @@ class CurlRequest final : public HttpRequest {
     options.set(CURLOPT_LOW_SPEED_LIMIT, 1L);
     options.set(CURLOPT_LOW_SPEED_TIME, stallSeconds);
 
-    options.set(CURLOPT_POST, 1L);
-    options.set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
-    // Null would mean a read callback, not an empty body.
-    options.set(CURLOPT_POSTFIELDS, body.empty() ? "" : static_cast<const void*>(body.data()));
+    if (method_ == Method::get) {
+      options.set(CURLOPT_HTTPGET, 1L);
+    } else {
+      options.set(CURLOPT_POST, 1L);
+      options.set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
+      // Null would mean a read callback, not an empty body.
+      options.set(CURLOPT_POSTFIELDS, body.empty() ? "" : static_cast<const void*>(body.data()));
+    }
 
     options.set(CURLOPT_HEADERFUNCTION, &CurlRequest::onHeader);
     options.set(CURLOPT_HEADERDATA, this);
@@ -325,6 +334,7 @@ class CurlRequest final : public HttpRequest {
   // What came of the exchange: 0 with a status to show, or the error.
   unsigned conclude(CURLcode code) {
     if (code == CURLE_ABORTED_BY_CALLBACK) return kInternetOperationCancelled;
+    if (code == CURLE_OPERATION_TIMEDOUT) return kInternetTimeout;  // whatever had come by then
     if (code != CURLE_OK && reply_.redirects()) {
       return code == CURLE_UNSUPPORTED_PROTOCOL ? kHttpRedirectFailed : internetError(code);
     }
@@ -357,13 +367,18 @@ class CurlRequest final : public HttpRequest {
     }
   }
 
-  static int onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent) noexcept {
+  static int onProgress(void* self, curl_off_t announced, curl_off_t received, curl_off_t,
+                        curl_off_t sent) noexcept {
     constexpr int kGoOn = 0;
     constexpr int kCancel = 1;
+    constexpr curl_off_t kNone = 0;
     try {
       const auto* request = static_cast<CurlRequest*>(self);
-      const auto octets = static_cast<std::uint64_t>(std::max<curl_off_t>(sent, 0));
-      return (*request->progress_)(octets, request->bodyOctets_) ? kGoOn : kCancel;
+      const bool get = request->method_ == Method::get;
+      const auto octets = static_cast<std::uint64_t>(std::max(get ? received : sent, kNone));
+      const auto total =
+          get ? static_cast<std::uint64_t>(std::max(announced, kNone)) : request->bodyOctets_;
+      return (*request->progress_)(octets, total) ? kGoOn : kCancel;
     } catch (...) {
       return kCancel;
     }
@@ -371,6 +386,7 @@ class CurlRequest final : public HttpRequest {
 
   const SessionState& session_;
   const Server server_;
+  const Method method_;
   const std::string acceptType_;
   const unsigned id_ = newHandleNumber();
   const SendProgress* progress_ = nullptr;
@@ -388,12 +404,21 @@ class CurlConnection final : public HttpConnection {
   unsigned id() const noexcept override { return id_; }
   std::unique_ptr<HttpRequest> openPost(const std::string& path,
                                         const std::string& acceptType) override {
-    Server target = server_;
-    target.url.path = path;
-    return std::make_unique<CurlRequest>(session_, std::move(target), acceptType);
+    return open(Method::post, path, acceptType);
+  }
+  std::unique_ptr<HttpRequest> openGet(const std::string& path,
+                                       const std::string& acceptType) override {
+    return open(Method::get, path, acceptType);
   }
 
  private:
+  std::unique_ptr<HttpRequest> open(Method method, const std::string& path,
+                                    const std::string& acceptType) const {
+    Server target = server_;
+    target.url.path = path;
+    return std::make_unique<CurlRequest>(session_, std::move(target), method, acceptType);
+  }
+
   const SessionState& session_;
   const Server server_;
   const unsigned id_ = newHandleNumber();

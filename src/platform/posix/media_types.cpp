@@ -4,6 +4,9 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <memory>
+#include <mutex>
+#include <utility>
 #include <vector>
 
 #include "platform/ascii.h"
@@ -30,14 +33,19 @@ std::vector<std::string> dataFolders() {
 }
 
 struct Row {
-  std::string_view mediaType;
-  std::string_view glob;
+  std::string mediaType;
+  std::string glob;
 };
 
-// Walks the database until `take` returns true.
-template <class Take>
-void forEachRow(Take&& take) {
-  for (const std::string& folder : dataFolders()) {
+/// The rows of all folders, in the order in which they count.
+struct Database {
+  std::vector<std::string> folders;
+  std::vector<Row> rows;
+};
+
+Database load(std::vector<std::string> folders) {
+  Database database{std::move(folders), {}};
+  for (const std::string& folder : database.folders) {
     std::ifstream globs(folder + "/mime/globs2");
     for (std::string line; std::getline(globs, line);) {
       const std::string_view row = line;
@@ -46,11 +54,31 @@ void forEachRow(Take&& take) {
       const std::size_t pattern = row.find(':', type + 1);
       if (type == std::string_view::npos || pattern == std::string_view::npos) continue;
       const std::size_t end = row.find(':', pattern + 1);
-      if (take(Row{row.substr(type + 1, pattern - type - 1),
-                   row.substr(pattern + 1, end - pattern - 1)})) {
-        return;
-      }
+      database.rows.push_back({std::string(row.substr(type + 1, pattern - type - 1)),
+                               std::string(row.substr(pattern + 1, end - pattern - 1))});
     }
+  }
+  return database;
+}
+
+// Read once: a message may ask for thousands of types.  Other folders make another database.
+std::shared_ptr<const Database> database() {
+  static std::mutex mutex;
+  static std::shared_ptr<const Database> known;
+  std::vector<std::string> folders = dataFolders();
+  const std::lock_guard lock(mutex);
+  if (known == nullptr || known->folders != folders) {
+    known = std::make_shared<const Database>(load(std::move(folders)));
+  }
+  return known;
+}
+
+// Walks the database until `take` returns true.
+template <class Take>
+void forEachRow(Take&& take) {
+  const std::shared_ptr<const Database> all = database();
+  for (const Row& row : all->rows) {
+    if (take(row)) return;
   }
 }
 
@@ -59,7 +87,8 @@ void forEachRow(Take&& take) {
 std::string mediaTypeOfExtension(std::string_view extension) {
   std::string found;
   forEachRow([&](const Row& row) {
-    if (!row.glob.starts_with('*') || !equalsIgnoringCase(row.glob.substr(1), extension)) {
+    if (!row.glob.starts_with('*') ||
+        !equalsIgnoringCase(std::string_view(row.glob).substr(1), extension)) {
       return false;
     }
     found = row.mediaType;

@@ -39,34 +39,51 @@ bool attributesAreBounded(std::string_view text) noexcept {
   return true;
 }
 
+// What ends a comment, character data or an instruction that a text begins with; "" for a tag.
+std::string_view endOfNoTag(std::string_view text) noexcept {
+  if (text.size() < 2) return "";
+  if (text[1] == '?') return "?>";
+  if (text[1] != '!') return "";
+  if (text.starts_with("<!--")) return "-->";
+  return text.starts_with("<![CDATA[") ? "]]>" : "";
+}
+
 // Where the attributes of an element become too many in a document without a document type; npos
 // when they never do.  Comments, character data, instructions and quoted values do not count.
+//
+// What lies between tags, and in quotes, is skipped by searches, which look at many octets at once.
 std::size_t tooManyAttributes(std::string_view text) noexcept {
   unsigned count = 0;
-  char quote = 0;
   bool inTag = false;
   for (std::size_t i = 0; i < text.size(); ++i) {
+    if (!inTag) i = std::min(text.find('<', i), text.size());
+    if (i == text.size()) break;
     const char c = text[i];
-    if (quote != 0) {
-      if (c == quote) quote = 0;
-    } else if (c == '<') {
-      const std::string_view ahead = text.substr(i);
-      const std::string_view end = ahead.starts_with("<!--")        ? "-->"
-                                   : ahead.starts_with("<![CDATA[") ? "]]>"
-                                   : ahead.starts_with("<?")        ? "?>"
-                                                                    : "";
+    if (c == '<') {
+      const std::string_view end = endOfNoTag(text.substr(i));
       inTag = end.empty();
       count = 0;
       if (!inTag) i = std::min(text.find(end, i + 2), text.size());
-    } else if (inTag && (c == '"' || c == '\'')) {
-      quote = c;
+    } else if (c == '"' || c == '\'') {
+      i = std::min(text.find(c, i + 1), text.size());
     } else if (c == '>') {
       inTag = false;
-    } else if (inTag && c == '=' && ++count > kMaxXmlAttributes) {
+    } else if (c == '=' && ++count > kMaxXmlAttributes) {
       return i;
     }
   }
   return std::string_view::npos;
+}
+
+// Looked for by its second character, which is rare where the first is in every element.
+bool hasDocumentType(std::string_view text) noexcept {
+  constexpr std::string_view kBehindBracket = "!DOCTYPE";
+  std::size_t at = 0;
+  while ((at = text.find(kBehindBracket, at)) != std::string_view::npos) {
+    if (at > 0 && text[at - 1] == '<') return true;
+    ++at;
+  }
+  return false;
 }
 
 // What the callbacks of one run share.  The content of an entity is read by a nested parser with
@@ -86,8 +103,12 @@ struct Run {
   std::size_t entityOctets = 0;
   bool textPending = false;  // text that is not only blanks, and not told yet
   std::unordered_map<std::string, std::vector<XmlAttribute>> defaults;  // by element
-  std::size_t defaultOctets = 0;         // that defaults have put into elements
-  std::vector<XmlAttribute> attributes;  // of the element being told
+  std::size_t defaultOctets = 0;  // that defaults have put into elements
+  // Of the element being told: the first `attributeCount` of them.  The texts of former elements
+  // stay behind, so that their memory is used again.
+  std::string tag;
+  std::vector<XmlAttribute> attributes;
+  std::size_t attributeCount = 0;
 
   void stop() {
     stopped = true;
@@ -116,17 +137,24 @@ struct Run {
   void declared() {
     if (++declarations > kMaxXmlDeclarations) fail("The document type has too many declarations");
   }
+  void addAttribute(const char* name, const char* value) {
+    if (attributeCount == attributes.size()) attributes.emplace_back();
+    XmlAttribute& attribute = attributes[attributeCount++];
+    attribute.name = name;
+    attribute.value = value;
+  }
   // Defaults that a document type declares are text that the document does not have, like entities.
-  void addDefaults(const std::string& tag) {
-    const auto declared = defaults.find(tag);
-    if (declared == defaults.end()) return;
-    for (const XmlAttribute& attribute : declared->second) {
+  void addDefaults() {
+    const auto ofElement = defaults.find(tag);
+    if (ofElement == defaults.end()) return;
+    for (const XmlAttribute& attribute : ofElement->second) {
       const auto isNamesake = [&](const XmlAttribute& own) { return own.name == attribute.name; };
-      if (std::any_of(attributes.begin(), attributes.end(), isNamesake)) continue;
+      const auto present = std::span(attributes).first(attributeCount);
+      if (std::any_of(present.begin(), present.end(), isNamesake)) continue;
       defaultOctets += attribute.name.size() + attribute.value.size();
       if (defaultOctets > kMaxXmlEntityOctets)
         return fail("The default attributes are too much text");
-      attributes.push_back(attribute);
+      addAttribute(attribute.name.c_str(), attribute.value.c_str());
     }
   }
   xmlEntityPtr resolved(xmlEntityPtr entity) {
@@ -158,15 +186,16 @@ void startElement(void* user, const xmlChar* name, const xmlChar** attributes) {
   inRun(user, [&](Run& run) {
     run.flushText();
     if (++run.depth > kMaxXmlDepth) return run.fail("The elements are nested too deeply");
-    const std::string tag = chars(name);
-    run.attributes.clear();
+    run.tag = chars(name);
+    run.attributeCount = 0;
     for (; attributes != nullptr && attributes[0] != nullptr; attributes += 2) {
-      run.attributes.push_back(
-          {chars(attributes[0]), attributes[1] == nullptr ? "" : chars(attributes[1])});
+      run.addAttribute(chars(attributes[0]), attributes[1] == nullptr ? "" : chars(attributes[1]));
     }
-    run.addDefaults(tag);
-    run.count(1 + run.attributes.size());
-    if (!run.stopped) run.events.startElement(tag, run.attributes);
+    if (!run.defaults.empty()) run.addDefaults();
+    run.count(1 + run.attributeCount);
+    if (!run.stopped) {
+      run.events.startElement(run.tag, std::span(run.attributes).first(run.attributeCount));
+    }
   });
 }
 
@@ -180,7 +209,9 @@ void endElement(void* user, const xmlChar*) {
 
 void characters(void* user, const xmlChar* text, int length) {
   inRun(user, [&](Run& run) {
-    if (!isBlank({chars(text), static_cast<std::size_t>(length)})) run.textPending = true;
+    const std::string_view piece(chars(text), static_cast<std::size_t>(length));
+    if (!isBlank(piece)) run.textPending = true;
+    if (!run.stopped) run.events.characters(piece);
   });
 }
 
@@ -267,6 +298,13 @@ xmlEntityPtr getParameterEntity(void* user, const xmlChar* name) {
   return entity;
 }
 
+// Errors are remembered in several places, and a later one may have replaced this.
+bool lacksMemory(const xmlParserCtxt& parser) noexcept {
+  const xmlError* last = xmlGetLastError();
+  return parser.errNo == XML_ERR_NO_MEMORY || parser.lastError.code == XML_ERR_NO_MEMORY ||
+         (last != nullptr && last->code == XML_ERR_NO_MEMORY);
+}
+
 // The first error is the one to tell; that a document is broken, the parser itself knows.
 // NOLINTNEXTLINE(cert-dcl50-cpp): the parser's interface
 void onError(void* user, const char* format, ...) {
@@ -277,6 +315,10 @@ void onError(void* user, const char* format, ...) {
   const int length = std::vsnprintf(text, sizeof text, format, arguments);
   va_end(arguments);
   inRun(user, [&](Run& run) {
+    if (lacksMemory(*run.parser)) {  // the document is not to blame
+      run.exception = std::make_exception_ptr(std::bad_alloc());
+      return run.stop();
+    }
     if (run.error) return;
     std::string reason = length < 0 ? "" : text;
     while (reason.ends_with('\n')) reason.pop_back();
@@ -317,6 +359,25 @@ struct ParserDeleter {
   }
 };
 
+// NOLINTNEXTLINE(cert-dcl50-cpp): the parser's interface
+void saysNothing(void*, const char*, ...) {}
+
+/// Keeps the parser from printing what does not go through its handlers, such as a lack of memory.
+/// What the host has set for this thread comes back afterwards.
+class SilenceScope {
+ public:
+  SilenceScope() noexcept : handler_(xmlGenericError), context_(xmlGenericErrorContext) {
+    xmlSetGenericErrorFunc(nullptr, saysNothing);
+  }
+  SilenceScope(const SilenceScope&) = delete;
+  SilenceScope& operator=(const SilenceScope&) = delete;
+  ~SilenceScope() { xmlSetGenericErrorFunc(context_, handler_); }
+
+ private:
+  const xmlGenericErrorFunc handler_;
+  void* const context_;
+};
+
 XmlError positionOf(std::string_view text, std::size_t offset, const char* reason) {
   const std::string_view before = text.substr(0, offset);
   const auto lines = std::count(before.begin(), before.end(), '\n');
@@ -333,7 +394,7 @@ std::optional<XmlError> readXml(std::string_view utf8, XmlEvents& events) {
     return positionOf(utf8, zero, "A zero octet is no character");
   }
   constexpr const char* kTooMany = "An element has too many attributes";
-  if (utf8.find("<!DOCTYPE") != std::string_view::npos) {
+  if (hasDocumentType(utf8)) {
     if (!attributesAreBounded(utf8)) return XmlError{0, 0, kTooMany};
   } else if (const std::size_t place = tooManyAttributes(utf8); place != std::string_view::npos) {
     return positionOf(utf8, place, kTooMany);
@@ -341,6 +402,8 @@ std::optional<XmlError> readXml(std::string_view utf8, XmlEvents& events) {
   if (utf8.empty()) return XmlError{0, 0, "The document is empty"};
 
   xmlInitParser();
+  const SilenceScope silence;
+  xmlResetLastError();
   const std::unique_ptr<xmlParserCtxt, ParserDeleter> parser(
       xmlCreateMemoryParserCtxt(utf8.data(), static_cast<int>(utf8.size())));
   if (parser == nullptr) throw std::bad_alloc();
@@ -352,6 +415,7 @@ std::optional<XmlError> readXml(std::string_view utf8, XmlEvents& events) {
   parser->replaceEntities = 1;
   xmlParseDocument(parser.get());
   if (run.exception) std::rethrow_exception(run.exception);
+  if (lacksMemory(*parser)) throw std::bad_alloc();
   if (parser->wellFormed != 0 && !run.stopped) return std::nullopt;
   return run.error.value_or(XmlError{0, 0, "The document is broken"});
 }

@@ -1,0 +1,213 @@
+/* The C interface, from C: a message the whole way, and what its functions do with nonsense.
+ *   capi_test RELAY-HOST RELAY-PORT MEDIA-FOLDER FOLDER */
+#include <mmsbrix/capi.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#define Z MMSBRIX_ZERO_TERMINATED
+
+static int failures = 0;
+
+static void check(int good, const char* what, int line) {
+  if (good) return;
+  fprintf(stderr, "capi_test.c:%d: %s\n", line, what);
+  ++failures;
+}
+#define CHECK(condition) check((condition) != 0, #condition, __LINE__)
+
+static int same(const char* text, size_t length, const char* expected) {
+  return length == strlen(expected) && memcmp(text, expected, length) == 0;
+}
+
+static mmsbrix_message* compose(const char* picture) {
+  mmsbrix_message* message = mmsbrix_message_new();
+  CHECK(mmsbrix_message_add_recipient(message, MMSBRIX_TO, "+358 40 222 2222!", 16,
+                                      MMSBRIX_ADDRESS_BY_TEXT) == MMSBRIX_OK);
+  CHECK(mmsbrix_message_add_recipient(message, MMSBRIX_CC, "ann@example.com", Z,
+                                      MMSBRIX_ADDRESS_BY_TEXT) == MMSBRIX_OK);
+  CHECK(mmsbrix_message_set_text(message, MMSBRIX_FROM, "+358401111111", Z) == MMSBRIX_OK);
+  CHECK(mmsbrix_message_set_text(message, MMSBRIX_SUBJECT, "Hei \xC3\xA4", Z) == MMSBRIX_OK);
+  CHECK(mmsbrix_message_set_number(message, MMSBRIX_READ_REPLY, 1) == MMSBRIX_OK);
+  CHECK(mmsbrix_message_set_number(message, MMSBRIX_DATE, 1795257005) == MMSBRIX_OK);
+  CHECK(mmsbrix_message_set_number(message, MMSBRIX_EXPIRES_AFTER, 3600) == MMSBRIX_OK);
+  CHECK(mmsbrix_message_attach(message, "Hello\0all", 9, "text/plain", Z, "a.txt", Z) ==
+        MMSBRIX_OK);
+  CHECK(mmsbrix_message_attach_file(message, picture, Z, NULL, 0, NULL, 0) == MMSBRIX_OK);
+  CHECK(mmsbrix_message_attach_file(message, picture, Z, NULL, 0, NULL, 0) == MMSBRIX_OK);
+  return message;
+}
+
+static void reads_back_what_was_composed(mmsbrix_message* message, const char* folder) {
+  void* data = NULL;
+  size_t size = 0, length = 0;
+  const char* text = NULL;
+  const void* octets = NULL;
+  int64_t number = 0;
+  mmsbrix_address_kind kind = 0;
+  mmsbrix_message* read = NULL;
+  mmsbrix_inspection* inspection = NULL;
+  mmsbrix_field field;
+  mmsbrix_files* files = NULL;
+  uint64_t written = 0;
+
+  CHECK(mmsbrix_message_encode(message, &data, &size) == MMSBRIX_OK);
+  CHECK(mmsbrix_message_decode(data, size, &read) == MMSBRIX_OK);
+  CHECK(mmsbrix_message_text(read, MMSBRIX_SUBJECT, &text, &length) == MMSBRIX_OK &&
+        same(text, length, "Hei \xC3\xA4"));
+  CHECK(mmsbrix_message_recipient(read, MMSBRIX_TO, 0, &text, &length, &kind) == MMSBRIX_OK &&
+        same(text, length, "+358402222222") && kind == MMSBRIX_ADDRESS_NUMBER);
+  CHECK(mmsbrix_message_recipient(read, MMSBRIX_TO, 1, &text, &length, NULL) ==
+        MMSBRIX_NOT_PRESENT);
+  CHECK(mmsbrix_message_recipient_count(read, MMSBRIX_CC) == 1);
+  CHECK(mmsbrix_message_number(read, MMSBRIX_READ_REPLY, &number) == MMSBRIX_OK && number == 1);
+  CHECK(mmsbrix_message_number(read, MMSBRIX_DATE, &number) == MMSBRIX_OK && number == 1795257005);
+  CHECK(mmsbrix_message_number(read, MMSBRIX_PRIORITY, &number) == MMSBRIX_NOT_PRESENT);
+  CHECK(mmsbrix_message_part_count(read) == 3);
+  CHECK(mmsbrix_message_part_data(read, 0, &octets, &length) == MMSBRIX_OK && length == 9 &&
+        memcmp(octets, "Hello\0all", 9) == 0);
+  CHECK(mmsbrix_message_part_text(read, 0, MMSBRIX_PART_CHARSET, &text, &length) == MMSBRIX_OK &&
+        same(text, length, "utf-8"));
+  CHECK(mmsbrix_message_part_text(read, 2, MMSBRIX_PART_ID, &text, &length) == MMSBRIX_OK &&
+        same(text, length, "photo-2.jpg"));
+  CHECK(mmsbrix_message_part_text(read, 1, MMSBRIX_PART_TYPE, &text, &length) == MMSBRIX_OK &&
+        same(text, length, "image/jpeg"));
+  CHECK(mmsbrix_message_part_text(read, 3, MMSBRIX_PART_TYPE, &text, &length) ==
+        MMSBRIX_NOT_PRESENT);
+
+  CHECK(mmsbrix_inspect(data, size, &inspection) == MMSBRIX_OK);
+  CHECK(mmsbrix_inspection_type(inspection) == 0x80 &&
+        mmsbrix_inspection_remark_count(inspection) == 0);
+  CHECK(mmsbrix_inspection_field(inspection, 0, &field) == MMSBRIX_OK &&
+        same(field.value, field.value_length, "m-send-req") && field.length == 2);
+  mmsbrix_inspection_free(inspection);
+  CHECK(mmsbrix_inspect(data, size - 1, &inspection) == MMSBRIX_OK &&
+        mmsbrix_inspection_remark_count(inspection) == 1);
+  mmsbrix_inspection_free(inspection);
+
+  CHECK(mmsbrix_message_extract(read, folder, Z, &files) == MMSBRIX_OK &&
+        mmsbrix_files_count(files) == 3);
+  CHECK(mmsbrix_files_get(files, 0, &text, NULL, NULL, NULL, &written, NULL) == MMSBRIX_OK &&
+        written == 9 && strstr(text, "a.txt") != NULL);
+  mmsbrix_files_free(files);
+  mmsbrix_message_free(read);
+  mmsbrix_free(data);
+}
+
+static int32_t cancel(void* context, uint64_t done, uint64_t total) {
+  (void)done;
+  (void)total;
+  ++*(int*)context;
+  return 1;
+}
+
+static void goes_to_the_relay(mmsbrix_message* message, const char* host, uint16_t port) {
+  mmsbrix_transport* transport = mmsbrix_transport_new();
+  mmsbrix_result_kind kind = 0;
+  uint32_t code = 0;
+  const char* text = NULL;
+  size_t length = 0;
+  int calls = 0;
+  mmsbrix_message* none = NULL;
+  static const char url[] = "http://mmsc.example/mms";
+
+  mmsbrix_transport_set_proxy(transport, host, Z, port);
+  CHECK(mmsbrix_transport_add_header(transport, "X-A", Z, "b", Z) == MMSBRIX_OK);
+  CHECK(mmsbrix_transport_add_header(transport, "Host", Z, "b", Z) == MMSBRIX_INVALID_ARGUMENT);
+  CHECK(mmsbrix_transport_send(transport, url, Z, message) == MMSBRIX_OK);
+  mmsbrix_transport_result(transport, &kind, &code, NULL, NULL, NULL, NULL);
+  CHECK(kind == MMSBRIX_RESULT_RESPONSE_STATUS && code == 0x80);
+
+  mmsbrix_transport_set_size_limit(transport, 10);
+  CHECK(mmsbrix_transport_send(transport, url, Z, message) == MMSBRIX_FAILED);
+  mmsbrix_transport_result(transport, &kind, &code, NULL, NULL, &text, &length);
+  CHECK(kind == MMSBRIX_RESULT_ERROR && code == 223 && length == strlen(text) && length > 0);
+  mmsbrix_transport_set_size_limit(transport, 0);
+
+  mmsbrix_transport_set_progress(transport, cancel, &calls);
+  CHECK(mmsbrix_transport_send(transport, url, Z, message) == MMSBRIX_FAILED && calls == 1);
+  mmsbrix_transport_result(transport, NULL, &code, NULL, NULL, NULL, NULL);
+  CHECK(code == 12017);
+  mmsbrix_transport_set_progress(transport, NULL, NULL);
+
+  CHECK(mmsbrix_transport_fetch(transport, "http://mmsc.example/message/none", Z, &none) ==
+            MMSBRIX_FAILED &&
+        none == NULL);
+  mmsbrix_transport_result(transport, &kind, &code, NULL, NULL, NULL, NULL);
+  CHECK(kind == MMSBRIX_RESULT_HTTP_STATUS && code == 404);
+  mmsbrix_transport_free(transport);
+}
+
+static void answers_are_encoded(void) {
+  static const unsigned char notification[] =
+      "\x8C\x82\x98N\0\x8D\x92\x8A\x80\x8E\x01\x05\x88\x03\x81\x01\x05\x83http://h/1";
+  char *url = NULL, *transaction = NULL;
+  uint64_t octets = 0;
+  void* data = NULL;
+  size_t size = 0;
+  CHECK(mmsbrix_notification_decode(notification, sizeof notification, &url, &transaction,
+                                    &octets) == MMSBRIX_OK);
+  CHECK(strcmp(url, "http://h/1") == 0 && strcmp(transaction, "N") == 0 && octets == 5);
+  CHECK(mmsbrix_notifyresp_encode(transaction, Z, MMSBRIX_RETRIEVED, 0, &data, &size) ==
+        MMSBRIX_OK);
+  CHECK(size == 11 && memcmp(data, "\x8C\x83\x98N\0\x8D\x92\x95\x81\x91\x81", 11) == 0);
+  mmsbrix_free(data);
+  mmsbrix_free(url);
+  mmsbrix_free(transaction);
+}
+
+static void nonsense_is_refused(void) {
+  mmsbrix_message* message = mmsbrix_message_new();
+  mmsbrix_message* none = NULL;
+  void* data = NULL;
+  size_t size = 0;
+  const char* text = NULL;
+  CHECK(mmsbrix_message_decode("hello", 5, &none) == MMSBRIX_NOT_MMS);
+  CHECK(mmsbrix_message_decode(NULL, 5, &none) == MMSBRIX_INVALID_ARGUMENT);
+  CHECK(mmsbrix_message_load("/none", Z, &none) == MMSBRIX_CANNOT_READ && none == NULL);
+  CHECK(mmsbrix_message_encode(message, &data, &size) == MMSBRIX_INCOMPLETE && data == NULL);
+  CHECK(mmsbrix_message_encode(NULL, &data, &size) == MMSBRIX_INVALID_ARGUMENT);
+  CHECK(mmsbrix_message_set_number(message, 999, 0x80) == MMSBRIX_INVALID_ARGUMENT);
+  CHECK(mmsbrix_message_set_number(message, MMSBRIX_PRIORITY, 1) == MMSBRIX_INVALID_ARGUMENT);
+  CHECK(mmsbrix_message_set_number(message, MMSBRIX_DATE, 5) == MMSBRIX_INVALID_ARGUMENT);
+  CHECK(mmsbrix_message_set_text(message, MMSBRIX_SUBJECT, "\xFF", 1) == MMSBRIX_INVALID_ARGUMENT);
+  CHECK(mmsbrix_message_set_text(message, MMSBRIX_FROM, "who?", Z) == MMSBRIX_INVALID_ARGUMENT);
+  CHECK(mmsbrix_message_text(message, MMSBRIX_SUBJECT, &text, &size) == MMSBRIX_NOT_PRESENT);
+  CHECK(mmsbrix_message_add_recipient(message, 77, "a@b", Z, MMSBRIX_ADDRESS_BY_TEXT) ==
+        MMSBRIX_INVALID_ARGUMENT);
+  CHECK(mmsbrix_message_attach_file(message, "/none", Z, NULL, 0, NULL, 0) == MMSBRIX_CANNOT_READ);
+  mmsbrix_message_free(message);
+  mmsbrix_message_free(NULL);
+  mmsbrix_transport_free(NULL);
+  mmsbrix_files_free(NULL);
+  mmsbrix_inspection_free(NULL);
+}
+
+static void slides_become_a_presentation(const char* picture) {
+  const mmsbrix_slide slides[] = {{"Look", picture, NULL, 3000}, {"Bye", NULL, NULL, 1000}};
+  mmsbrix_message* message = mmsbrix_message_new();
+  const char* text = NULL;
+  size_t length = 0;
+  CHECK(mmsbrix_message_set_slides(message, slides, 2) == MMSBRIX_OK);
+  CHECK(mmsbrix_message_text(message, MMSBRIX_BODY_TYPE, &text, &length) == MMSBRIX_OK &&
+        same(text, length, "application/vnd.wap.multipart.related"));
+  CHECK(mmsbrix_message_part_count(message) == 4);
+  mmsbrix_message_free(message);
+}
+
+int main(int argc, char** argv) {
+  char picture[4096];
+  mmsbrix_message* message = NULL;
+  if (argc != 5) return 2;
+  snprintf(picture, sizeof picture, "%s/photo.jpg", argv[3]);
+  message = compose(picture);
+  reads_back_what_was_composed(message, argv[4]);
+  goes_to_the_relay(message, argv[1], (uint16_t)atoi(argv[2]));
+  mmsbrix_message_free(message);
+  slides_become_a_presentation(picture);
+  answers_are_encoded();
+  nonsense_is_refused();
+  CHECK(mmsbrix_version()[0] != '\0' && mmsbrix_status_text(MMSBRIX_NOT_MMS)[0] != '\0');
+  printf("%d failures\n", failures);
+  return failures == 0 ? 0 : 1;
+}

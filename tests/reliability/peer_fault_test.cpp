@@ -1,0 +1,154 @@
+// Peers that do everything but answer: every exchange ends, as a failure with the right number.
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <string>
+#include <thread>
+
+#include "support/mms_http.h"
+#include "support/raw_server.h"
+#include "support/send_req.h"
+#include "support/temporary_folder.h"
+#include "transport/mmshttp.h"
+
+namespace mmsbrix::test {
+namespace {
+
+struct Result {
+  bool accepted = false;
+  unsigned long code = 0;
+};
+
+Result submit(const std::string& url, const std::string& file, unsigned timeoutSeconds = 20) {
+  CMMSHttp http;
+  http.SetTimeout(timeoutSeconds);
+  http.ConnectGtw(nullptr, 0, 0);
+  Result result;
+  result.accepted = http.SendMMS(url.c_str(), file.c_str(), 0);
+  result.code = http.GetResult(nullptr);
+  http.DisconnectGtw();
+  return result;
+}
+
+TEST(PeerFaults, ClosingAtEveryStageOfTheAnswer) {
+  const TemporaryFolder folder;
+  const std::string file = folder.put("m.mms", encodeSendReq());
+  const std::string answer = httpAnswer(kSendConfOk);
+  std::size_t octets = 0;
+  RawServer server([&](const RawRequest&) -> RawReply {
+    return {{answer.substr(0, octets)}, true};
+  });
+  for (octets = 0; octets <= answer.size(); ++octets) {
+    const Result result = submit(server.url(), file);
+    EXPECT_EQ(result.accepted, octets == answer.size()) << octets;
+    EXPECT_NE(result.code, 0U) << octets;
+  }
+}
+
+// Takes some octets of each request and closes on the rest.
+TEST(PeerFaults, ClosingWhileTheMessageIsOnItsWay) {
+  const TemporaryFolder folder;
+  const std::string file = folder.put("m.mms", std::string(4 << 20, 'm'));
+  const int listener = ::socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  ASSERT_EQ(::bind(listener, reinterpret_cast<sockaddr*>(&address), size), 0);
+  ASSERT_EQ(::listen(listener, 8), 0);
+  ASSERT_EQ(::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size), 0);
+  for (const std::size_t wanted : {0, 1, 100, 100000}) {
+    std::thread peer([&] {
+      // A client that lost a connection without an answer may try a second one.
+      for (int turn = 0; turn < 2; ++turn) {
+        const int connection = ::accept(listener, nullptr, nullptr);
+        char buffer[4096];
+        for (std::size_t got = 0; connection >= 0 && got < wanted;) {
+          const ssize_t more = ::recv(connection, buffer, std::min(sizeof buffer, wanted - got), 0);
+          if (more <= 0) break;
+          got += static_cast<std::size_t>(more);
+        }
+        ::close(connection);
+        if (turn == 0) {
+          timeval soon{0, 200000};
+          ::setsockopt(listener, SOL_SOCKET, SO_RCVTIMEO, &soon, sizeof soon);
+        }
+      }
+    });
+    const Result result =
+        submit("http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/", file);
+    peer.join();
+    EXPECT_FALSE(result.accepted) << wanted;
+    EXPECT_TRUE(result.code == 12030 || result.code == 12031) << wanted << ": " << result.code;
+  }
+  ::close(listener);
+}
+
+TEST(PeerFaults, AStallEndsByTheTimeoutWhereverItComes) {
+  const TemporaryFolder folder;
+  const std::string file = folder.put("m.mms", encodeSendReq());
+  const std::string answer = httpAnswer(kSendConfOk);
+  const std::size_t body = answer.size() - kSendConfOk.size();
+  std::vector<std::thread> threads;  // at once, since each of them waits
+  for (const std::size_t octets : {std::size_t{0}, std::size_t{9}, body - 2, body, body + 3}) {
+    threads.emplace_back([&, octets] {
+      RawServer server(RawReply{{answer.substr(0, octets)}});
+      const Result result = submit(server.url(), file, 1);
+      EXPECT_FALSE(result.accepted) << octets;
+      EXPECT_EQ(result.code, 12002U) << octets;
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+TEST(PeerFaults, ATrickleIsNoStall) {
+  const TemporaryFolder folder;
+  const std::string file = folder.put("m.mms", encodeSendReq());
+  RawReply reply{.pieces = {}, .close = true, .pause = std::chrono::milliseconds(20)};
+  for (const char c : httpAnswer(kSendConfOk)) reply.pieces.emplace_back(1, c);
+  RawServer server(reply);
+  const Result result = submit(server.url(), file, 2);
+  EXPECT_TRUE(result.accepted);
+  EXPECT_EQ(result.code, 0x80U);
+}
+
+TEST(PeerFaults, MoreThanAnybodyAskedFor) {
+  const TemporaryFolder folder;
+  const std::string file = folder.put("m.mms", encodeSendReq());
+  const std::string type = std::string("Content-Type: ") + kMmsType + "\r\n";
+  struct Case {
+    const char* name;
+    std::string answer;
+    bool accepted;
+    unsigned long code;
+  };
+  std::string huge = kSendConfOk;
+  huge.resize(50U << 20);
+  std::string headers;
+  while (headers.size() < (1U << 20)) headers += "X-Filler: " + std::string(1000, 'x') + "\r\n";
+  const Case cases[] = {
+      // The answer stands in front; what follows it is somebody else's matter.
+      {"50 MB behind an answer", httpAnswer(huge), true, 0x80},
+      {"50 MB of nothing", httpAnswer(std::string(50U << 20, '\0')), false, 200},
+      {"1 MB of headers", httpAnswer(kSendConfOk, kMmsType, "200 OK", headers), false, 200},
+      {"less than stated",
+       "HTTP/1.1 200 OK\r\n" + type + "Content-Length: 4294967297\r\n\r\n" + kSendConfOk, false,
+       200},
+      {"more than stated", "HTTP/1.1 200 OK\r\n" + type + "Content-Length: 3\r\n\r\n" + kSendConfOk,
+       false, 200},
+      {"less than nothing",
+       "HTTP/1.1 200 OK\r\n" + type + "Content-Length: -1\r\n\r\n" + kSendConfOk, false, 200},
+  };
+  for (const Case& c : cases) {
+    RawServer server(RawReply{{c.answer}, true});
+    const Result result = submit(server.url(), file);
+    EXPECT_EQ(result.accepted, c.accepted) << c.name;
+    EXPECT_EQ(result.code, c.code) << c.name;
+  }
+}
+
+}  // namespace
+}  // namespace mmsbrix::test

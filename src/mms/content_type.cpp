@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "mms/item_cost.h"
 #include "platform/ascii.h"
 #include "wsp/http_text.h"
 #include "wsp/wap_mms_shared.h"
@@ -149,8 +150,12 @@ void keep(const Parameter& parameter, CMMParam& kept) {
 // Adds the parameters to a header's list, those of numbers that are not assigned left out.
 void addParameters(Reader& in, CMMHdr& header, ItemBudget& budget) {
   Parameter parameter;
+  std::size_t kept = 0;
   while (readParameter(in, mediaTypeOf, parameter)) {
-    if (!parameter.name.empty() && budget.take()) keep(parameter, *header.Params()->AddNew());
+    if (parameter.name.empty()) continue;
+    if (!budget.take(parameterCost(parameter, kept))) continue;
+    keep(parameter, *header.Params()->AddNew());
+    ++kept;
   }
 }
 

@@ -38,4 +38,16 @@ bool MultipartWalker::next(MultipartItem& item) noexcept {
   return true;
 }
 
+std::optional<std::size_t> MultipartWalker::skip() noexcept {
+  if (broken_ || in_.atEnd()) return std::nullopt;
+  const auto headersLength = readUintvar(in_);
+  const auto dataLength = headersLength ? readUintvar(in_) : headersLength;
+  if (!dataLength) {
+    broken_ = true;
+    return std::nullopt;
+  }
+  in_.skip(*headersLength);
+  return in_.take(*dataLength).size();
+}
+
 }  // namespace mmsbrix

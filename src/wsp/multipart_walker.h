@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 #include "wsp/octets.h"
 
@@ -31,6 +32,8 @@ class MultipartWalker {
   [[nodiscard]] std::uint32_t announced() const noexcept { return announced_; }
   /// Moves to the next entry; false at the end, or where a length cannot be read.
   bool next(MultipartItem& item) noexcept;
+  /// The same without a look at the headers: the octets of the entry's data.
+  std::optional<std::size_t> skip() noexcept;
   /// Octets walked over.
   [[nodiscard]] std::size_t position() const noexcept { return in_.position(); }
   /// True when a length could not be read, so that octets are left over.

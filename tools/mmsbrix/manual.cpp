@@ -60,7 +60,11 @@ void writeOptions(const CLI::App& app, std::ostream& out) {
         << roff(argument->get_description()) << '\n';
   }
   for (const CLI::Option* option : optionsOf(app, false)) {
-    out << ".TP\n.B " << roff(option->get_name(false, true));
+    std::string names = option->get_name(false, true);
+    if (const std::size_t comma = names.find(','); comma != std::string::npos) {
+      names.replace(comma, 1, ", ");
+    }
+    out << ".TP\n.B " << roff(names);
     if (const std::string value = valueOf(*option); !value.empty()) {
       out << " \\fI" << roff(value) << "\\fR";
     }

@@ -18,8 +18,20 @@ for subcommand in $(man mmsbrix | grep -o 'mmsbrix-[a-z]*(1)' | sort -u | sed 's
   MANWIDTH=200 man "mmsbrix-$subcommand" > page
   for option in $(grep -o -- '^  .*--[a-z-]*' help | grep -o -- '--[a-z-]*'); do said "$option" < page; done
 done
-bash -c 'source /usr/share/bash-completion/completions/mmsbrix; COMP_WORDS=(mmsbrix send --oper)
-  COMP_CWORD=2; _mmsbrix; echo "${COMPREPLY[@]}"' | said '^--operator$'
+# completed WORD...: what bash offers for the last word
+completed() {
+  bash -c 'source /usr/share/bash-completion/completions/mmsbrix; COMP_WORDS=(mmsbrix "$@")
+    COMP_CWORD=$#; compopt() { :; }; _mmsbrix; echo "${COMPREPLY[@]}"' completed "$@"
+}
+completed send --oper | said '^--operator$'
+completed compose -o x --priority '' | said '^low normal high$'
+completed compose --body = r | said '^related$'
+completed relay --status Error-uns | said '^Error-unspecified Error-unsupported-message$'
+completed relay --store /va | said '^/var$'
+completed send --url ht | said '^$'
+completed manual pre | said '^preview$'
+mmsbrix config work --url http://mmsc.example/
+completed send --profile w | said '^work$'
 
 mmsbrix relay > relay.log &
 relay=$!

@@ -79,8 +79,8 @@ CLI::App* addListen(CLI::App& app, ListenCommand& command) {
       ->check(CLI::Range(0, 65535));
   listen->add_option("--count", command.count, "End after so many pushes");
   listen->add_option("--store", command.storeFolder, "Write the body of every push here")
-      ->type_name("FOLDER")
-      ->check(CLI::ExistingDirectory);
+      ->type_name("DIR")
+      ->check(CLI::ExistingDirectory.description(""));
   listen->add_flag("--trace", command.trace, "Print each datagram to standard error");
   return listen;
 }

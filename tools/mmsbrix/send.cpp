@@ -5,7 +5,6 @@
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <CLI/Validators.hpp>
-#include <algorithm>
 #include <array>
 #include <chrono>
 #include <filesystem>
@@ -68,11 +67,7 @@ Submission sendByWap(const SendCommand& command, const std::string& file, const 
   const TraceScope trace(command.trace, streams.err);
   CMMSWap transport;
   if (command.timeoutSeconds != 0) {
-    WapTiming timing;
-    timing.overallLimit = std::chrono::seconds(command.timeoutSeconds);
-    timing.silenceLimit = std::min(timing.silenceLimit, timing.overallLimit);
-    timing.retryInterval = std::min(timing.retryInterval, timing.overallLimit / 4);
-    transport.SetTiming(timing);
+    transport.SetTiming(WapTiming::within(std::chrono::seconds(command.timeoutSeconds)));
   }
   const Connection connection(transport, host, port);
   const bool accepted =

@@ -25,8 +25,9 @@ elsewhere=(
   "scripts/fuzz|.ci/run|scripts/fuzz"
   "scripts/tidy|takes an hour"
   "scripts/bench|wants a quiet machine"
-  "cmake --preset release && cmake --build --preset release|scripts/demo|--preset release"
-  "cmake --install build/release --prefix /usr/local|tests/consumer/run.sh|cmake --install"
+  "scripts/setup build|scripts/demo|scripts/setup build"
+  "cmake --preset release -DMMSBRIX_BUILD_TESTS=OFF && cmake --build --preset release|scripts/demo|-DMMSBRIX_BUILD_TESTS=OFF"
+  "cmake --install build/release --prefix /usr/local && ldconfig|tests/consumer/run.sh|cmake --install"
   "(cd build/release && cpack) && apt install ./build/release/*.deb|tests/packages/run.sh|cpack"
 )
 # runsElsewhere BLOCK: every line of it is one of those; what they name is kept in "named".

@@ -11,7 +11,7 @@ if [ "${3:-}" != inside ]; then
   (cd "$build" && cpack -G DEB -B "$debs" > "$debs/log" 2>&1) || { cat "$debs/log"; exit 1; }
   rm -rf "$debs/_CPack_Packages"
   if command -v lintian >/dev/null; then
-    # Not at the static library with debugging symbols, which takes minutes: clean_debian.sh has a released one.
+    # Not at the static library of a build for debugging, which takes minutes: clean_debian.sh has a released one.
     find "$debs" -name '*.deb' -not -name '*-dev_*' -exec lintian --allow-root --fail-on error,warning {} +
   elif [ "${CI:-}" = true ]; then
     echo "lintian is not installed"

@@ -30,7 +30,7 @@ completed relay --status Error-uns | said '^Error-unspecified Error-unsupported-
 completed relay --store /va | said '^/var$'
 completed send --url ht | said '^$'
 completed manual pre | said '^preview$'
-mmsbrix config work --url http://mmsc.example/
+mmsbrix config work --url http://mmsc.example/ > log
 completed send --profile w | said '^work$'
 
 mmsbrix relay > relay.log &
@@ -42,6 +42,9 @@ gcc examples/compose_and_send.c $(pkg-config --cflags --libs mmsbrix) -o in-c
   http://mmsc.example/mms 127.0.0.1:8080 | said '^sent: response status 0x80'
 g++ -std=c++20 examples/compose_and_send.cpp $(pkg-config --cflags --libs mmsbrix) -o in-cpp
 ./in-cpp +358401234567 examples/media/photo.jpg http://mmsc.example/mms 127.0.0.1 8080 | said '^sent: 0x80'
+g++ -std=c++20 -DMMSBRIX_STATIC examples/compose_and_send.cpp /usr/lib/libmmsbrix.a \
+  $(pkg-config --libs libcurl libxml-2.0) -o in-cpp-static
+./in-cpp-static +358401234567 examples/media/photo.jpg http://mmsc.example/mms 127.0.0.1 8080 | said '^sent: 0x80'
 kill "$relay"
 
 dpkg --purge python3-mmsbrix libmmsbrix-dev mmsbrix libmmsbrix1 > log 2>&1 || { cat log; exit 1; }

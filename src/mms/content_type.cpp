@@ -116,6 +116,8 @@ int parameterCode(std::string_view name, bool ofMultipart) noexcept {
   if (isUnassigned(number)) return -1;
   if ((static_cast<std::uint32_t>(number) >> 16) > kVersion12) return -1;
   const int code = number & 0xFFFF;
+  // The name of this number is for multiparts; elsewhere it would read back as another's.
+  if (code == kTypeOfMultipart) return ofMultipart ? code : -1;
   const bool isType = equalsIgnoringCase(name, "type");
   return isType && ofMultipart ? kTypeOfMultipart : code;
 }

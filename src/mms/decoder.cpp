@@ -168,8 +168,7 @@ void readPartHeaders(const MultipartItem& item, CMMPart& part, ItemBudget& budge
 void makeRoomForParts(MultipartWalker walker, CMMPart& root, ItemBudget& budget) {
   const std::size_t room = budget.roomFor(sizeof(CMMPart));
   std::size_t count = 0;
-  MultipartItem item;
-  while (count < room && walker.next(item)) ++count;
+  while (count < room && walker.skip()) ++count;
   if (count == room) budget.limit(room);
   root.ReserveChildren(root.ChildCount() + static_cast<unsigned>(count));
   budget.setAside(count * sizeof(CMMPart));

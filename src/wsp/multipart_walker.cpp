@@ -17,7 +17,6 @@ MultipartWalker::MultipartWalker(Octets body) noexcept : in_(body) {
 
 bool MultipartWalker::next(MultipartItem& item) noexcept {
   if (broken_ || in_.atEnd()) return false;
-  item = MultipartItem{};
   Reader in = in_;
   item.offset = in.position();
   const auto headersLength = readUintvar(in);

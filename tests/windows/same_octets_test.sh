@@ -31,7 +31,7 @@ for system in linux windows; do
   mkdir "$system/extracted"
   on "$system" extract "$system/slides.mms" "$system/extracted" > /dev/null
   for message in plain dates slides smil; do
-    on "$system" show --json "$system/$message.mms" | tr -d '\r' > "$system/$message.json"
+    on "$system" show --json - < "$system/$message.mms" > "$system/$message.json"
   done
 done
 # Extracted texts name the folder that they are in.

@@ -83,8 +83,16 @@ std::int64_t fromLocalTime(const SYSTEMTIME& local) noexcept {
   // Before the system's calendar no instant of interest lies; negative is what is told of it.
   if (!normal) return seconds < 0 ? seconds : kNone;
   SYSTEMTIME universal{};
-  if (::TzSpecificLocalTimeToSystemTime(nullptr, &*normal, &universal) == 0) return kNone;
-  return secondsSince1970(universal).value_or(kNone);
+  SYSTEMTIME shown{};
+  if (::TzSpecificLocalTimeToSystemTime(nullptr, &*normal, &universal) == 0 ||
+      ::SystemTimeToTzSpecificLocalTime(nullptr, &universal, &shown) == 0) {
+    return kNone;
+  }
+  const auto instant = secondsSince1970(universal);
+  const auto shownSeconds = secondsSince1970(shown);
+  if (!instant || !shownSeconds) return kNone;
+  // A time that the clocks pass over is counted on from before, as the C library does it.
+  return *instant + (seconds - *shownSeconds);
 }
 
 }  // namespace mmsbrix::platform

@@ -41,7 +41,8 @@ int threads() {
   int count = 0;
   THREADENTRY32 entry{};
   entry.dwSize = sizeof entry;
-  for (BOOL more = ::Thread32First(all, &entry); more != FALSE; more = ::Thread32Next(all, &entry)) {
+  for (BOOL more = ::Thread32First(all, &entry); more != FALSE;
+       more = ::Thread32Next(all, &entry)) {
     if (entry.th32OwnerProcessID == ::GetCurrentProcessId()) ++count;
   }
   ::CloseHandle(all);
@@ -55,8 +56,9 @@ TEST(LoadedLibrary, FunctionsAreFoundByTheirPlainNames) {
   auto* const load = library.find<decltype(MMS_LoadFromMemory)>("MMS_LoadFromMemory");
   auto* const release = library.find<decltype(MMS_Free)>("MMS_Free");
   ASSERT_TRUE(save != nullptr && load != nullptr && release != nullptr);
-  for (const char* name : {"MMS_Save", "MMS_Load", "MMS_LoadSmil", "MMS_LoadSmilFromMemory",
-                           "MMS_SaveSmil", "MMS_SaveSmilToMemory", "MMS_MMSToSmil", "MMS_SmilToMMS"}) {
+  for (const char* name :
+       {"MMS_Save", "MMS_Load", "MMS_LoadSmil", "MMS_LoadSmilFromMemory", "MMS_SaveSmil",
+        "MMS_SaveSmilToMemory", "MMS_MMSToSmil", "MMS_SmilToMMS"}) {
     EXPECT_NE(::GetProcAddress(library.get(), name), nullptr) << name;
   }
   CMMsg message;

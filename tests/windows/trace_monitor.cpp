@@ -1,4 +1,5 @@
-// The monitor program of a desktop: a window titled "TMonitor" that writes what it is sent to a file.
+// The monitor program of a desktop: a window titled "TMonitor" that writes what it is sent to a
+// file.
 //   trace_monitor FILE         until the window is told to close
 #include <windows.h>
 
@@ -30,8 +31,8 @@ int main(int, char** arguments) {
   windowClass.lpfnWndProc = onMessage;
   windowClass.lpszClassName = "AnyClass";
   ::RegisterClassA(&windowClass);
-  if (::CreateWindowA("AnyClass", "TMonitor", WS_OVERLAPPED, 0, 0, 10, 10, nullptr, nullptr, nullptr,
-                      nullptr) == nullptr) {
+  if (::CreateWindowA("AnyClass", "TMonitor", WS_OVERLAPPED, 0, 0, 10, 10, nullptr, nullptr,
+                      nullptr, nullptr) == nullptr) {
     return 1;
   }
   MSG message{};

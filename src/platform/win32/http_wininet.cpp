@@ -1,5 +1,6 @@
 // Over WinINet with synchronous handles: open, connect, open a request, send it, ask for status and
-// raw headers, read what is available until there is no more.
+// raw headers, read what is available until there is no more.  Of the component's callbacks one is
+// used, to keep credentials from following a redirect to another server.
 #include "platform/http.h"
 
 #include <windows.h>
@@ -37,6 +38,23 @@ unsigned lastError() noexcept {
   return error == ERROR_SUCCESS ? kInternetInternalError : error;
 }
 
+// Told by the component before it follows a redirect with the headers of the first request.
+void CALLBACK onStatus(HINTERNET request, DWORD_PTR context, DWORD status, void* information,
+                       DWORD) {
+  if (status != INTERNET_STATUS_REDIRECT) return;
+  const auto& server = *reinterpret_cast<const UrlParts*>(context);
+  unsigned error = 0;
+  const auto target = crackUrl(static_cast<const char*>(information), error);
+  if (target && target->secure == server.secure && target->port == server.port &&
+      equalsIgnoringCase(target->host, server.host)) {
+    return;
+  }
+  // Credentials are for the server that they were given for.
+  constexpr std::string_view kNone = "Authorization:\r\n";
+  ::HttpAddRequestHeadersA(request, kNone.data(), static_cast<DWORD>(kNone.size()),
+                           HTTP_ADDREQ_FLAG_REPLACE);
+}
+
 /// What the requests of a session share.
 struct SessionState {
   InternetHandle handle;
@@ -47,8 +65,8 @@ enum class Method { post, get };
 
 class WinInetRequest final : public HttpRequest {
  public:
-  WinInetRequest(InternetHandle handle, Method method, bool usable)
-      : handle_(std::move(handle)), method_(method), usable_(usable) {}
+  WinInetRequest(InternetHandle handle, Method method, UrlParts server, bool usable)
+      : handle_(std::move(handle)), method_(method), server_(std::move(server)), usable_(usable) {}
 
   unsigned id() const noexcept override { return id_; }
   unsigned status() const noexcept override { return status_; }
@@ -71,6 +89,7 @@ class WinInetRequest final : public HttpRequest {
     readOctets_ = 0;
     complete_ = false;
     if (!usable_) return kInternetNameNotResolved;
+    if (headers.find("Authorization:") != std::string::npos) watchRedirects();
     if (!progress) {
       const BOOL sent = ::HttpSendRequestA(
           handle_.get(), headers.empty() ? nullptr : headers.c_str(),
@@ -87,6 +106,12 @@ class WinInetRequest final : public HttpRequest {
   }
 
  private:
+  void watchRedirects() noexcept {
+    auto context = reinterpret_cast<DWORD_PTR>(&server_);
+    ::InternetSetOptionA(handle_.get(), INTERNET_OPTION_CONTEXT_VALUE, &context, sizeof context);
+    ::InternetSetStatusCallbackA(handle_.get(), onStatus);
+  }
+
   // In pieces, so that their number can be told.
   unsigned sendCounting(const std::string& headers, std::span<const std::uint8_t> body,
                         ExchangeCounts& counts) {
@@ -188,6 +213,7 @@ class WinInetRequest final : public HttpRequest {
 
   InternetHandle handle_;
   const Method method_;
+  const UrlParts server_;
   const bool usable_;
   const unsigned id_ = newHandleNumber();
   unsigned status_ = 0;
@@ -199,8 +225,8 @@ class WinInetRequest final : public HttpRequest {
 
 class WinInetConnection final : public HttpConnection {
  public:
-  WinInetConnection(InternetHandle handle, bool secure, bool usable)
-      : handle_(std::move(handle)), secure_(secure), usable_(usable) {}
+  WinInetConnection(InternetHandle handle, UrlParts server, bool usable)
+      : handle_(std::move(handle)), server_(std::move(server)), usable_(usable) {}
 
   unsigned id() const noexcept override { return id_; }
   std::unique_ptr<HttpRequest> openPost(const std::string& path,
@@ -216,15 +242,15 @@ class WinInetConnection final : public HttpConnection {
   std::unique_ptr<HttpRequest> open(const char* verb, Method method, const std::string& path,
                                     const std::string& acceptType) const {
     const char* acceptTypes[] = {acceptType.c_str(), nullptr};
-    const DWORD flags = kRequestFlags | (secure_ ? INTERNET_FLAG_SECURE : 0);
+    const DWORD flags = kRequestFlags | (server_.secure ? INTERNET_FLAG_SECURE : 0);
     InternetHandle request(::HttpOpenRequestA(handle_.get(), verb, path.c_str(), nullptr, nullptr,
                                               acceptTypes, flags, 0));
     if (!request) return nullptr;
-    return std::make_unique<WinInetRequest>(std::move(request), method, usable_);
+    return std::make_unique<WinInetRequest>(std::move(request), method, server_, usable_);
   }
 
   const InternetHandle handle_;
-  const bool secure_;
+  const UrlParts server_;
   const bool usable_;
   const unsigned id_ = newHandleNumber();
 };
@@ -240,7 +266,7 @@ class WinInetSession final : public HttpSession {
         ::InternetConnectA(state_.handle.get(), bracketed(server.host).c_str(), server.port,
                            user.c_str(), password.c_str(), INTERNET_SERVICE_HTTP, 0, 0));
     if (!connection) return nullptr;
-    return std::make_unique<WinInetConnection>(std::move(connection), server.secure, state_.usable);
+    return std::make_unique<WinInetConnection>(std::move(connection), server, state_.usable);
   }
 
  private:

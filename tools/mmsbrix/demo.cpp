@@ -15,6 +15,7 @@
 #include "compose.h"
 #include "extract.h"
 #include "preview.h"
+#include "relay_http.h"
 #include "relay_server.h"
 #include "sample_media.h"
 #include "send.h"
@@ -58,7 +59,7 @@ void heading(const Streams& streams, const std::string& text) {
 
 bool writeMedia(const DemoFolder& folder) {
   for (const SampleMedia& media : sampleMedia()) {
-    std::ofstream out(folder.file(media.name), std::ios::binary);
+    std::ofstream out(fs::path(folder.file(media.name)), std::ios::binary);
     out.write(reinterpret_cast<const char*>(media.octets.data()),
               static_cast<std::streamsize>(media.octets.size()));
     if (!out.flush()) return false;
@@ -72,7 +73,7 @@ bool sameMedia(const DemoFolder& folder) {
     if (media.name.ends_with(".txt")) continue;
     const std::string name =
         "extracted/MMSContent" + std::string(media.name.substr(media.name.rfind('.')));
-    std::ifstream in(folder.file(name), std::ios::binary);
+    std::ifstream in(fs::path(folder.file(name)), std::ios::binary);
     const std::string got{std::istreambuf_iterator<char>(in), {}};
     if (!std::ranges::equal(got, media.octets, [](char c, std::uint8_t octet) {
           return static_cast<std::uint8_t>(c) == octet;
@@ -115,6 +116,10 @@ CLI::App* addDemo(CLI::App& app, DemoCommand& command) {
 }
 
 int runDemo(const DemoCommand& command, const Streams& streams) {
+  if (!command.wap && !RelayHttpSide::isThere()) {
+    streams.err << "mmsbrix demo: " << kNoHttpRelay << '\n';
+    return kWrongUsage;
+  }
   const DemoFolder folder(command.keep);
   if (!folder.usable() || !writeMedia(folder)) {
     streams.err << "mmsbrix demo: the files cannot be written\n";

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "host.h"
+
 namespace mmsbrix::tool {
 namespace {
 
@@ -169,7 +171,7 @@ void writeCompletion(const CLI::App& app, std::ostream& out) {
 
 int writeAll(const CLI::App& app, const std::string& folder, const Streams& streams) {
   std::error_code ignored;
-  std::filesystem::create_directories(folder, ignored);
+  std::filesystem::create_directories(host::pathOf(folder), ignored);
   const auto write = [&](const std::string& file, const auto& page) {
     std::ostringstream text;
     page(text);

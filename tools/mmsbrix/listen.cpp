@@ -4,6 +4,7 @@
 
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
+#include <filesystem>
 #include <mutex>
 #include <ostream>
 
@@ -53,7 +54,14 @@ CLI::App* addListen(CLI::App& app, ListenCommand& command) {
   listen->add_option("--count", command.count, "End after so many pushes");
   listen->add_option("--store", command.storeFolder, "Write the body of every push here")
       ->type_name("DIR")
-      ->check(CLI::ExistingDirectory.description(""));
+      ->check(CLI::Validator(
+          [](const std::string& folder) {
+            std::error_code ignored;
+            return std::filesystem::is_directory(host::pathOf(folder), ignored)
+                       ? std::string()
+                       : "no folder: " + folder;
+          },
+          ""));
   listen->add_flag("--trace", command.trace, "Print each datagram to standard error");
   return listen;
 }

@@ -132,7 +132,9 @@ class Walk {
     // The nodes entered so far; references to entities are entered, but are no level of their own.
     std::vector<Node> open;
     Node node = std::move(root);
-    while (node && reason_ == nullptr) {
+    for (std::size_t visited = 0; node && reason_ == nullptr; ++visited) {
+      // What stands for references may hang together in circles in a component's tree.
+      if (visited > 2 * kMaxXmlNodes) reason_ = "The document has too many elements";
       DOMNodeType type = NODE_INVALID;
       node->get_nodeType(&type);
       const bool enters = type == NODE_ELEMENT || type == NODE_ENTITY_REFERENCE;
@@ -189,9 +191,13 @@ class Walk {
         attribute->get_nodeName(attributeName.out());
         attribute->get_nodeValue(value.out());
         attributes.push_back({attributeName.utf8(), value.utf8()});
+        attributeOctets_ += attributes.back().name.size() + attributes.back().value.size();
       }
     }
     count(1 + attributes.size());
+    if (attributeOctets_ > kMaxXmlOctets + kMaxXmlEntityOctets) {
+      reason_ = "The default attributes are too much text";
+    }
     if (reason_ == nullptr) events_.startElement(name.utf8(), attributes);
   }
   void endElement() {
@@ -225,6 +231,7 @@ class Walk {
   const char* reason_ = nullptr;  // why it stopped
   unsigned depth_ = 0;
   std::size_t nodes_ = 0;
+  std::size_t attributeOctets_ = 0;
   bool textPending_ = false;  // text that is not only blanks, and not told yet
 };
 

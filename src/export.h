@@ -15,4 +15,12 @@
 #define MMSBRIX_API __attribute__((visibility("default")))
 #endif
 
+// Whether programs find the instances of the library's templates in it.  On Windows those that are
+// all in headers are made anew by each program.
+#if defined(_WIN32) && !defined(MMSBRIX_BUILDING)
+#define MMSBRIX_EXTERN_TEMPLATES 0
+#else
+#define MMSBRIX_EXTERN_TEMPLATES 1
+#endif
+
 #endif  // MMSBRIX_EXPORT_H

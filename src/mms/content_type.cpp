@@ -213,7 +213,7 @@ bool readDisposition(Reader& in, CMMHdr& header, ItemBudget& budget) {
   } else {
     const auto token = readInteger(inside);
     if (!token || *token >= kDispositions.size()) return false;
-    value = kDispositions[*token];
+    value = kDispositions[static_cast<std::size_t>(*token)];
   }
   header.Assign("Content-Disposition", value);
   addParameters(inside, header, budget);

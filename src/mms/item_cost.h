@@ -1,5 +1,5 @@
-// What the things that a PDU names take in memory once they are objects: in octets, and not less than
-// they do take.
+// What the things that a PDU names take in memory once they are objects: in octets, and not less
+// than they do take.
 #ifndef MMSBRIX_MMS_ITEM_COST_H
 #define MMSBRIX_MMS_ITEM_COST_H
 

@@ -13,8 +13,8 @@ namespace mmsbrix {
 /// A received body, copied in one piece: the parts that are read from it point into it and each
 /// holds it, so that a message costs one allocation and one copy however many parts it has, and a
 /// file is not copied at all. The count of holders is atomic, since parts may move to other
-/// messages and threads.
-class alignas(std::max_align_t) ContentBlock {
+/// messages and threads.  Aligned as every heap aligns: not all do more for the widest type.
+class alignas(std::uint64_t) ContentBlock {
  public:
   struct Release {
     void operator()(ContentBlock* block) const noexcept { block->release(); }

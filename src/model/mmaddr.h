@@ -45,7 +45,9 @@ class MMSBRIX_API CMMAddr {
   TYPE type_ = TYPE_OTHER;
 };
 
+#if MMSBRIX_EXTERN_TEMPLATES
 extern template class MMSBRIX_API mmsbrix::CMMList<CMMAddr>;
+#endif
 
 /// Addresses in order; searched by walking.
 class MMSBRIX_API CMMAddrList : public mmsbrix::CMMList<CMMAddr> {};

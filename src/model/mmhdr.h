@@ -44,7 +44,9 @@ class MMSBRIX_API CMMParam {
   mmsbrix::Text value_;
 };
 
+#if MMSBRIX_EXTERN_TEMPLATES
 extern template class MMSBRIX_API mmsbrix::CMMNamedList<CMMParam>;
+#endif
 
 /// Parameters in order, found by name.
 class MMSBRIX_API CMMParamList : public mmsbrix::CMMNamedList<CMMParam> {};
@@ -92,7 +94,9 @@ class MMSBRIX_API CMMHdr {
   CMMParamList params_;
 };
 
+#if MMSBRIX_EXTERN_TEMPLATES
 extern template class MMSBRIX_API mmsbrix::CMMNamedList<CMMHdr>;
+#endif
 
 /// Header fields in order, found by name.
 class MMSBRIX_API CMMHdrList : public mmsbrix::CMMNamedList<CMMHdr> {};

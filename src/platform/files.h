@@ -1,5 +1,8 @@
 // Seam: files, read whole and written whole.  Errors are Win32 error numbers on every platform,
 // since callers know them (2 file not found, 3 path not found, 5 access denied ...).
+//
+// Paths are UTF-8.  On Windows they may be in the process's ANSI code page as well: only what is
+// well-formed UTF-8 and has more than ASCII is taken as UTF-8 there.
 #ifndef MMSBRIX_PLATFORM_FILES_H
 #define MMSBRIX_PLATFORM_FILES_H
 

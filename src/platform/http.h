@@ -108,7 +108,8 @@ struct HttpSessionOptions {
   /// they begin with, port 0 is 80.
   std::string proxy;
   std::chrono::seconds stallLimit = kStallLimit;
-  /// PEM file of the certificates to trust instead of the system's; empty for the system's.
+  /// PEM file of the certificates to trust instead of the system's; empty for the system's.  Where
+  /// the platform trusts no others, no session opens with one.
   std::string trustedCertificates = {};
 };
 

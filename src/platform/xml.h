@@ -52,12 +52,13 @@ struct XmlError {
   int line = 0;
   int position = 0;
   std::string reason;
+  bool isOfDocument = true;  ///< false when the platform has nothing to read XML with
 };
 
 /// Reads a document, whose encoding is UTF-8 whatever it declares, without validating it.  Entities
 /// declared in it are resolved, those declared elsewhere left out.  Nothing for a well-formed
-/// document, else the first error; also for one beyond a limit above, in which case, as in every
-/// other, the events up to there have been told.
+/// document, else the first error; also for one beyond a limit above.  Events of what stands before
+/// an error may have been told.
 [[nodiscard]] std::optional<XmlError> readXml(std::string_view utf8, XmlEvents& events);
 
 }  // namespace mmsbrix::platform

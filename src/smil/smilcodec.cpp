@@ -19,13 +19,11 @@ namespace {
 
 enum class Onto { presentHolding, emptied };
 
-// Neither loads anything from outside, so one pass does what a first attempt with the document type
-// and a second one without it would: a type that cannot be reached is no failure.
 int loadText(std::string_view utf8, CSMIL& smil, Onto onto) {
   CSMIL read;
   bool isSmil = false;
   if (const auto error = mmsbrix::readSmil(utf8, read, isSmil)) {
-    mmsbrix::reportParseError(*error);
+    if (error->isOfDocument) mmsbrix::reportParseError(*error);
     return 0;
   }
   if (!isSmil) return 0;

@@ -5,6 +5,7 @@
 
 #include "platform/files.h"
 #include "platform/http.h"
+#include "platform/resource_text.h"
 
 namespace mmsbrix {
 namespace {
@@ -129,7 +130,12 @@ std::string_view errorMeaning(unsigned code) noexcept {
 }
 
 std::string_view resultText(unsigned code) noexcept {
-  return textOf(kResultTexts, code);
+  const std::string_view text = textOf(kResultTexts, code);
+  if (text != kNoGateway) return text;
+  static std::array<char, 512> room;
+  static const std::string_view kTranslated =
+      platform::resourceText(platform::kTextNoGateway, room, kNoGateway);
+  return kTranslated;
 }
 
 }  // namespace mmsbrix

@@ -42,7 +42,8 @@ bool encodeName(std::string_view text, Version /*version*/, Writer& out) {
 
 bool decodeFieldName(Reader& in, std::string& text) {
   const auto code = mmsbrix::readInteger(in);
-  const HeaderRow* row = code && *code <= 0x7F ? findHeader(std::size_t{*code}) : nullptr;
+  const HeaderRow* row =
+      code && *code <= 0x7F ? findHeader(static_cast<std::size_t>(*code)) : nullptr;
   if (row != nullptr) text = row->name;
   return row != nullptr;
 }

@@ -1,5 +1,5 @@
-// Memory of decoding: at most 3 octets on the heap for each octet of a PDU, and 64 KiB, however small
-// the things are that it names; messages as peers write them are kept whole within that.
+// Memory of decoding: at most 3 octets on the heap for each octet of a PDU, and 64 KiB, however
+// small the things are that it names; messages as peers write them are kept whole within that.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -47,7 +47,8 @@ TEST(DecodingMemory, IsBoundedWhateverAPduNames) {
            {"recipients of sixteen octets", kRequest, "\x97someone@some.net\0"sv},
            {"recipients of every kind", kRequest, "\x97\0\x82\0\x81\0"sv},
            {"application headers", kRequest, "a\0\0"sv},
-           {"application headers of sixteen octets", kRequest, "abcdefghijklmnopq\0abcdefghijklmnop\0"sv},
+           {"application headers of sixteen octets", kRequest,
+            "abcdefghijklmnopq\0abcdefghijklmnop\0"sv},
            {"empty parts", kMultipart, "\0\0"sv},
            {"parts with a type", kMultipart, "\x01\x00\x83"sv},
            {"parts with a type and a parameter", kMultipart, "\x04\x00\x03\x83\x81\xEA"sv},
@@ -56,7 +57,9 @@ TEST(DecodingMemory, IsBoundedWhateverAPduNames) {
             "a\0x"sv},
            {"headers of a part", "\x8C\x84\x84\xA3\x01\x8F\xFF\x7F\x00\x83"sv, "\x8E\0"sv},
            {"parameters", "\x8C\x84\x84\x1F\x8F\xFF\x7F\x83"sv, "a\0\0"sv},
-           {"message ids", kRequest, "\x8B""abcdefghijklmnopq\0"sv},
+           {"message ids", kRequest,
+            "\x8B"
+            "abcdefghijklmnopq\0"sv},
        })) {
     for (const std::size_t octets : {100, 1000, 3000, 10'000, 40'000, 262'144, 2'000'000}) {
       CMMsg message;

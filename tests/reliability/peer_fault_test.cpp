@@ -1,17 +1,19 @@
 // Peers that do everything but answer: every exchange ends, as a failure with the right number.
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
+#include <array>
+#include <asio/buffer.hpp>
+#include <asio/ip/tcp.hpp>
+#include <asio/read.hpp>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "support/mms_http.h"
 #include "support/raw_server.h"
 #include "support/send_req.h"
 #include "support/temporary_folder.h"
+#include "support/waiting.h"
 #include "transport/mmshttp.h"
 
 namespace mmsbrix::test {
@@ -52,39 +54,28 @@ TEST(PeerFaults, ClosingAtEveryStageOfTheAnswer) {
 TEST(PeerFaults, ClosingWhileTheMessageIsOnItsWay) {
   const TemporaryFolder folder;
   const std::string file = folder.put("m.mms", std::string(4 << 20, 'm'));
-  const int listener = ::socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof address;
-  ASSERT_EQ(::bind(listener, reinterpret_cast<sockaddr*>(&address), size), 0);
-  ASSERT_EQ(::listen(listener, 8), 0);
-  ASSERT_EQ(::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size), 0);
+  Waiting waiting;
+  asio::ip::tcp::acceptor listener(waiting.context(), {asio::ip::address_v4::loopback(), 0}, false);
+  const std::string url =
+      "http://127.0.0.1:" + std::to_string(listener.local_endpoint().port()) + "/";
   for (const std::size_t wanted : {0, 1, 100, 100000}) {
     std::thread peer([&] {
       // A client that lost a connection without an answer may try a second one.
-      for (int turn = 0; turn < 2; ++turn) {
-        const int connection = ::accept(listener, nullptr, nullptr);
-        char buffer[4096];
-        for (std::size_t got = 0; connection >= 0 && got < wanted;) {
-          const ssize_t more = ::recv(connection, buffer, std::min(sizeof buffer, wanted - got), 0);
-          if (more <= 0) break;
-          got += static_cast<std::size_t>(more);
-        }
-        ::close(connection);
-        if (turn == 0) {
-          timeval soon{0, 200000};
-          ::setsockopt(listener, SOL_SOCKET, SO_RCVTIMEO, &soon, sizeof soon);
-        }
+      for (const auto patience :
+           {std::chrono::milliseconds(10000), std::chrono::milliseconds(200)}) {
+        asio::ip::tcp::socket connection(waiting.context());
+        const auto accept = [&](auto done) { listener.async_accept(connection, done); };
+        if (!waiting.run(listener, accept, patience)) return;
+        std::error_code ignored;
+        std::vector<char> octets(wanted);
+        asio::read(connection, asio::buffer(octets), ignored);
       }
     });
-    const Result result =
-        submit("http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/", file);
+    const Result result = submit(url, file);
     peer.join();
     EXPECT_FALSE(result.accepted) << wanted;
     EXPECT_TRUE(result.code == 12030 || result.code == 12031) << wanted << ": " << result.code;
   }
-  ::close(listener);
 }
 
 TEST(PeerFaults, AStallEndsByTheTimeoutWhereverItComes) {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "octet_stream.h"
 #include "support/smil.h"
 #include "support/temporary_folder.h"
 
@@ -58,32 +59,30 @@ TEST(MediaContent, FromAndToFiles) {
 }
 
 // A stream over a text that reads `step` octets at a time and fails where it is told to.
-class TextStream final : public IStream {
+class TextStream final : public OctetStream {
  public:
-  std::int32_t Read(void* buffer, StreamOctets octets, StreamOctets* done) override {
-    if (failing == 'r') return -1;
+  bool read(void* buffer, StreamOctets octets, StreamOctets& done) override {
+    if (failing == 'r') return false;
     const std::size_t now =
         std::min({std::size_t{octets}, text.size() - position, std::size_t{step}});
     std::memcpy(buffer, text.data() + position, now);
     position += now;
-    *done = static_cast<StreamOctets>(now);
-    return 0;
+    done = static_cast<StreamOctets>(now);
+    return true;
   }
-  std::int32_t Write(const void* buffer, StreamOctets octets, StreamOctets* done) override {
-    if (failing == 'w') return -1;
+  bool write(const void* buffer, StreamOctets octets) override {
+    if (failing == 'w') return false;
     text.append(static_cast<const char*>(buffer), octets);
-    *done = octets;
-    return 0;
+    return true;
   }
-  std::int32_t Seek(LARGE_INTEGER distance, std::uint32_t origin, ULARGE_INTEGER*) override {
-    if (failing == 's') return -1;
-    if (origin == 0) position = static_cast<std::size_t>(distance.QuadPart);
-    return 0;
+  bool seek(std::int64_t distance, std::uint32_t origin) override {
+    if (failing == 's') return false;
+    if (origin == 0) position = static_cast<std::size_t>(distance);
+    return true;
   }
-  std::int32_t Stat(STATSTG* status, std::uint32_t) override {
-    if (failing == 't') return -1;
-    status->cbSize.QuadPart = statedSize.value_or(text.size());
-    return 0;
+  bool size(std::uint64_t& octets) override {
+    octets = statedSize.value_or(text.size());
+    return failing != 't';
   }
 
   std::string text;

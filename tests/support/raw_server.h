@@ -3,24 +3,24 @@
 #ifndef MMSBRIX_TESTS_SUPPORT_RAW_SERVER_H
 #define MMSBRIX_TESTS_SUPPORT_RAW_SERVER_H
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <algorithm>
+#include <array>
+#include <asio/buffer.hpp>
+#include <asio/ip/tcp.hpp>
+#include <asio/write.hpp>
 #include <cctype>
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <functional>
+#include <list>
 #include <mutex>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <utility>
 #include <vector>
+
+#include "support/waiting.h"
 
 namespace mmsbrix::test {
 
@@ -60,32 +60,24 @@ class RawServer {
  public:
   using Answerer = std::function<RawReply(const RawRequest&)>;
 
-  explicit RawServer(Answerer answerer) : answerer_(std::move(answerer)) {
-    listener_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    if (::bind(listener_, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
-        ::listen(listener_, SOMAXCONN) != 0 ||
-        ::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
-      throw std::runtime_error("no listening socket");
-    }
-    port_ = ntohs(address.sin_port);
-    acceptor_ = std::thread([this] { acceptAll(); });
-  }
+  explicit RawServer(Answerer answerer)
+      : answerer_(std::move(answerer)),
+        // The port is nobody else's, and not shared.
+        listener_(accepting_.context(), {asio::ip::address_v4::loopback(), 0}, false),
+        port_(listener_.local_endpoint().port()),
+        acceptor_([this] { acceptAll(); }) {}
   /// Always the same pieces.
   explicit RawServer(RawReply reply)
       : RawServer([reply = std::move(reply)](const RawRequest&) { return reply; }) {}
   RawServer(const RawServer&) = delete;
   RawServer& operator=(const RawServer&) = delete;
   ~RawServer() {
-    ::shutdown(listener_, SHUT_RDWR);
+    accepting_.stop();
     acceptor_.join();
-    ::close(listener_);
-    for (const int connection : sockets_) ::shutdown(connection, SHUT_RDWR);
-    for (std::thread& thread : threads_) thread.join();
-    for (const int connection : sockets_) ::close(connection);
+    for (Connection& connection : connections_) connection.waiting.stop();
+    for (Connection& connection : connections_) {
+      if (connection.thread.joinable()) connection.thread.join();
+    }
   }
 
   [[nodiscard]] std::uint16_t port() const noexcept { return port_; }
@@ -99,19 +91,24 @@ class RawServer {
   }
 
  private:
+  struct Connection {
+    Waiting waiting;
+    asio::ip::tcp::socket socket{waiting.context()};
+    std::thread thread;
+  };
+
   void acceptAll() {
-    int connection = -1;
-    while ((connection = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0) {
-      const int on = 1;
-      ::setsockopt(connection, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-      sockets_.push_back(connection);
-      threads_.emplace_back([this, connection, number = static_cast<int>(sockets_.size())] {
-        serve(connection, number);
-      });
+    for (int number = 1;; ++number) {
+      Connection& next = connections_.emplace_back();
+      const auto accept = [&](auto done) { listener_.async_accept(next.socket, done); };
+      if (!accepting_.run(listener_, accept)) return;
+      std::error_code ignored;
+      next.socket.set_option(asio::ip::tcp::no_delay(true), ignored);
+      next.thread = std::thread([this, &next, number] { serve(next, number); });
     }
   }
 
-  void serve(int connection, int number) {
+  void serve(Connection& connection, int number) {
     std::string received;
     RawRequest request;
     while (readRequest(connection, received, request)) {
@@ -123,19 +120,18 @@ class RawServer {
       const RawReply reply = answerer_(request);
       for (const std::string& piece : reply.pieces) {
         if (&piece != &reply.pieces.front()) std::this_thread::sleep_for(reply.pause);
-        for (std::size_t sent = 0; sent < piece.size();) {
-          const ssize_t put =
-              ::send(connection, piece.data() + sent, piece.size() - sent, MSG_NOSIGNAL);
-          if (put <= 0) return;
-          sent += static_cast<std::size_t>(put);
-        }
+        const auto write = [&](auto done) {
+          asio::async_write(connection.socket, asio::buffer(piece), done);
+        };
+        if (!connection.waiting.run(connection.socket, write)) return;
       }
       if (reply.close) break;
     }
-    ::shutdown(connection, SHUT_RDWR);
+    std::error_code ignored;
+    connection.socket.shutdown(asio::socket_base::shutdown_both, ignored);
   }
 
-  static bool readRequest(int connection, std::string& received, RawRequest& request) {
+  static bool readRequest(Connection& connection, std::string& received, RawRequest& request) {
     std::size_t end = 0;
     while ((end = received.find("\r\n\r\n")) == std::string::npos) {
       if (!readMore(connection, received)) return false;
@@ -151,22 +147,24 @@ class RawServer {
     return true;
   }
 
-  static bool readMore(int connection, std::string& received) {
-    char buffer[65536];
-    const ssize_t got = ::recv(connection, buffer, sizeof buffer, 0);
-    if (got <= 0) return false;
-    received.append(buffer, static_cast<std::size_t>(got));
-    return true;
+  static bool readMore(Connection& connection, std::string& received) {
+    std::array<char, 65536> buffer;
+    const auto read = [&](auto done) {
+      connection.socket.async_read_some(asio::buffer(buffer), done);
+    };
+    const auto got = connection.waiting.run(connection.socket, read);
+    if (got) received.append(buffer.data(), *got);
+    return got.has_value();
   }
 
   const Answerer answerer_;
-  int listener_ = -1;
-  std::uint16_t port_ = 0;
-  std::thread acceptor_;
-  std::vector<int> sockets_;  // the acceptor's, then the destructor's
-  std::vector<std::thread> threads_;
   mutable std::mutex mutex_;
   std::vector<RawRequest> requests_;
+  std::list<Connection> connections_;  // the acceptor's, then the destructor's
+  Waiting accepting_;
+  asio::ip::tcp::acceptor listener_;
+  const std::uint16_t port_;
+  std::thread acceptor_;  // the last: it uses the others
 };
 
 /// A port of loopback on which nothing listens.

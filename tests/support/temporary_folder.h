@@ -11,6 +11,8 @@
 #include <string>
 #include <string_view>
 
+#include "support/host.h"
+
 namespace mmsbrix::test {
 
 class TemporaryFolder {
@@ -39,8 +41,7 @@ class TemporaryFolder {
   /// The same, for nobody but its owner to read.
   std::string putPrivate(std::string_view name, std::string_view content) const {
     const std::string written = put(name, content);
-    std::filesystem::permissions(
-        written, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    closeToOthers(written);
     return written;
   }
   [[nodiscard]] std::string get(std::string_view name) const {

@@ -2,20 +2,17 @@
 #ifndef MMSBRIX_TESTS_SUPPORT_WAP_PHONE_H
 #define MMSBRIX_TESTS_SUPPORT_WAP_PHONE_H
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
+#include <asio/buffer.hpp>
+#include <asio/ip/udp.hpp>
 #include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "support/waiting.h"
 #include "wapstack/wsp_client.h"
 
 namespace mmsbrix::test {
@@ -23,44 +20,33 @@ namespace mmsbrix::test {
 /// A UDP socket on 127.0.0.1.
 class UdpSocket {
  public:
-  UdpSocket() : descriptor_(::socket(AF_INET, SOCK_DGRAM, 0)) {
-    sockaddr_in local = at(0);
-    ::bind(descriptor_, reinterpret_cast<sockaddr*>(&local), sizeof local);
-    socklen_t size = sizeof local;
-    ::getsockname(descriptor_, reinterpret_cast<sockaddr*>(&local), &size);
-    port_ = ntohs(local.sin_port);
-  }
-  UdpSocket(const UdpSocket&) = delete;
-  UdpSocket& operator=(const UdpSocket&) = delete;
-  ~UdpSocket() { ::close(descriptor_); }
+  UdpSocket() : socket_(waiting_.context(), at(0)), port_(socket_.local_endpoint().port()) {}
 
   [[nodiscard]] std::uint16_t port() const noexcept { return port_; }
-  void send(std::uint16_t port, Octets octets) const {
-    const sockaddr_in to = at(port);
-    ::sendto(descriptor_, octets.data(), octets.size(), 0, reinterpret_cast<const sockaddr*>(&to),
-             sizeof to);
+  void send(std::uint16_t port, Octets octets) {
+    std::error_code ignored;
+    socket_.send_to(asio::buffer(octets.data(), octets.size()), at(port), 0, ignored);
   }
   /// The next datagram, nothing when none comes in time.
   std::optional<std::vector<std::uint8_t>> receive(std::chrono::milliseconds patience) {
-    pollfd readable{descriptor_, POLLIN, 0};
-    if (::poll(&readable, 1, static_cast<int>(patience.count())) <= 0) return std::nullopt;
     std::array<std::uint8_t, 65536> buffer;
-    const ssize_t size = ::recv(descriptor_, buffer.data(), buffer.size(), 0);
-    if (size < 0) return std::nullopt;
-    return std::vector(buffer.begin(), buffer.begin() + size);
+    asio::ip::udp::endpoint from;
+    const auto start = [&](auto done) {
+      socket_.async_receive_from(asio::buffer(buffer), from, done);
+    };
+    const auto size = waiting_.run(socket_, start, patience);
+    if (!size) return std::nullopt;
+    return std::vector(buffer.begin(), buffer.begin() + static_cast<std::ptrdiff_t>(*size));
   }
 
  private:
-  static sockaddr_in at(std::uint16_t port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(port);
-    return address;
+  static asio::ip::udp::endpoint at(std::uint16_t port) {
+    return {asio::ip::address_v4::loopback(), port};
   }
 
-  int descriptor_;
-  std::uint16_t port_ = 0;
+  Waiting waiting_;
+  asio::ip::udp::socket socket_;
+  std::uint16_t port_;
 };
 
 class WapPhone {

@@ -4,12 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstdlib>
 #include <filesystem>
 
 #include "command_line.h"
-#include "relay_server.h"
 #include "send.h"
+#include "support/host.h"
+#include "support/mms_http.h"
+#include "support/raw_server.h"
 #include "support/send_req.h"
 #include "support/temporary_folder.h"
 
@@ -87,9 +88,6 @@ TEST(Operators, WhatIsNoDatabaseIsSaid) {
 
 class Profiles : public testing::Test {
  protected:
-  Profiles() { ::setenv("XDG_CONFIG_HOME", folder_.path("config").c_str(), 1); }
-  ~Profiles() override { ::unsetenv("XDG_CONFIG_HOME"); }
-
   std::string config(const tool::ConfigCommand& command, int expected = 0) {
     Caught caught;
     EXPECT_EQ(runConfig(command, caught.streams()), expected) << caught.err.str();
@@ -97,30 +95,33 @@ class Profiles : public testing::Test {
   }
 
   TemporaryFolder folder_;
+  EnvironmentVariable place_{"XDG_CONFIG_HOME", folder_.path("config")};
 };
 
 TEST_F(Profiles, AreKeptForTheOwnerOnlyAndTakenForSending) {
-  std::string error;
-  const auto relay = tool::RelayServer::start({.credentials = "ann:s3 cret"}, error);
-  ASSERT_TRUE(relay) << error;
+  RawServer relay([](const RawRequest& request) -> RawReply {
+    const bool known = request.header("Authorization") == "Basic YW5uOnMzIGNyZXQ=";
+    return {{known ? httpAnswer(kSendConfOk) : httpAnswer("", "", "401 Unauthorized")}};
+  });
   tool::ConfigCommand keep;
   keep.name = "default";
   keep.changes.url = "http://mmsc.example/mms";
-  keep.changes.proxy = relay->address();
+  keep.changes.proxy = relay.address();
   keep.credentialsFile = folder_.putPrivate("secret", "ann:s3 cret\n");
   const std::string shown = config(keep);
   EXPECT_NE(shown.find("user = ann\npassword = (kept)\n"), std::string::npos) << shown;
   EXPECT_EQ(shown.find("s3"), std::string::npos);
   const fs::path file = folder_.path("config/mmsbrix/profiles");
-  EXPECT_EQ(fs::status(file).permissions(), fs::perms::owner_read | fs::perms::owner_write);
-  EXPECT_EQ(fs::status(file.parent_path()).permissions(), fs::perms::owner_all);
+  EXPECT_TRUE(isClosedToOthers(file.string()));
+  EXPECT_TRUE(isClosedToOthers(file.parent_path().string()));
 
-  fs::permissions(file, fs::perms::owner_all | fs::perms::others_read);
+  openToOthers(file.string());
+  EXPECT_FALSE(isClosedToOthers(file.string()));
   tool::SendCommand send;
   send.file = folder_.put("m.mms", encodeSendReq());
   Caught sent;
   EXPECT_EQ(runSend(send, sent.streams()), 0) << sent.err.str();
-  EXPECT_EQ(fs::status(file).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+  EXPECT_TRUE(isClosedToOthers(file.string()));
 
   send.proxy = "127.0.0.1:1";  // what is given goes before what is kept
   Caught other;

@@ -1,13 +1,12 @@
-// `send` and `demo`: what they print and how they end.
+// `send` against the relay: what it prints and how it ends.
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstdlib>
 
 #include "command_line.h"
-#include "demo.h"
 #include "relay_server.h"
 #include "send.h"
+#include "support/host.h"
 #include "support/send_req.h"
 #include "support/temporary_folder.h"
 
@@ -71,11 +70,11 @@ TEST(SendCommand, CredentialsComeFromFileOrEnvironmentAndAreNeverShown) {
   EXPECT_EQ(status, 0) << text;
   EXPECT_NE(text.find("HttpClient::SendMMS("), std::string::npos);  // the trace is there
   command.credentialsFile.clear();
-  ::setenv("MMSBRIX_USER", "ann", 1);
-  ::setenv("MMSBRIX_PASSWORD", "s3cret", 1);
-  EXPECT_EQ(run().first, 0);
-  ::unsetenv("MMSBRIX_USER");
-  ::unsetenv("MMSBRIX_PASSWORD");
+  {
+    const EnvironmentVariable user("MMSBRIX_USER", "ann");
+    const EnvironmentVariable password("MMSBRIX_PASSWORD", "s3cret");
+    EXPECT_EQ(run().first, 0);
+  }
   command.credentialsFile = folder.putPrivate("c", "no colon");
   EXPECT_EQ(run().first, 1);
 }
@@ -105,29 +104,6 @@ TEST(SendCommand, FailuresWithTheSameCodeAreToldApart) {
     Caught caught;
     EXPECT_EQ(runSend(command, caught.streams()), 1);
     EXPECT_NE(caught.err.str().find(says), std::string::npos) << says << "\n" << caught.err.str();
-  }
-}
-
-TEST(SendCommand, CodesSayOfWhatKindTheyAre) {
-  using Kind = CMMSHttp::ResultKind;
-  EXPECT_EQ(tool::resultCodeText(Kind::responseStatus, 0x99), "0x99");
-  EXPECT_EQ(tool::resultCodeText(Kind::responseStatus, 0xE2),
-            "0xE2 Error-permanent-message-format-corrupt");
-  EXPECT_EQ(tool::resultCodeText(Kind::httpStatus, 226), "HTTP 226");  // the same number
-  EXPECT_EQ(tool::resultCodeText(Kind::error, 12029), "error 12029");
-}
-
-TEST(DemoCommand, TheWholeWay) {
-  for (const bool wap : {false, true}) {
-    SCOPED_TRACE(wap);
-    const TemporaryFolder folder;
-    Caught caught;
-    EXPECT_EQ(tool::runDemo({folder.path("kept"), wap}, caught.streams()), 0) << caught.err.str();
-    EXPECT_EQ(caught.out.str().find(" WAP POST ") != std::string::npos, wap);
-    EXPECT_NE(caught.out.str().find("accepted: 0x80 Ok"), std::string::npos);
-    EXPECT_NE(caught.out.str().find("that were composed"), std::string::npos);
-    EXPECT_NE(caught.out.str().find("the same picture and sound"), std::string::npos);
-    EXPECT_NE(folder.get("kept/page.html").find("data:image/jpeg;base64,"), std::string::npos);
   }
 }
 

@@ -3,13 +3,14 @@
 #include <gtest/gtest.h>
 #include <mmsbrix/transport/mmshttp.h>
 #include <mmsbrix/transport/trace_log.h>
-#include <stdlib.h>
 
 #include <algorithm>
 #include <array>
+#include <list>
 #include <string>
 #include <vector>
 
+#include "support/host.h"
 #include "support/mms_http.h"
 #include "support/raw_server.h"
 #include "support/temporary_folder.h"
@@ -82,13 +83,14 @@ TEST(HttpSubmission, ProxyGetsTheWholeUrlWhateverItsHost) {
 TEST(HttpSubmission, EnvironmentProxiesChangeNothing) {
   RawServer relay(ok());
   RawServer wrong(RawReply{{httpAnswer("", "", "500 Wrong")}});
+  std::list<EnvironmentVariable> proxies;
   for (const char* name : {"http_proxy", "HTTP_PROXY", "all_proxy", "ALL_PROXY"}) {
-    ::setenv(name, ("http://" + wrong.address()).c_str(), 1);
+    proxies.emplace_back(name, "http://" + wrong.address());
   }
   Submission direct;
   EXPECT_TRUE(direct.send(relay.url()));
-  ::setenv("no_proxy", "*", 1);
-  ::setenv("NO_PROXY", "*", 1);
+  const EnvironmentVariable lower("no_proxy", "*");
+  const EnvironmentVariable upper("NO_PROXY", "*");
   Submission proxied("127.0.0.1", relay.port());
   EXPECT_TRUE(proxied.send(wrong.url()));
   EXPECT_THAT(wrong.requests(), testing::IsEmpty());

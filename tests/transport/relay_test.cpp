@@ -21,6 +21,7 @@
 #include "relay_server.h"
 #include "support/mms_http.h"
 #include "support/send_req.h"
+#include "support/shared_text.h"
 #include "support/temporary_folder.h"
 
 namespace mmsbrix::test {
@@ -227,30 +228,24 @@ TEST(Relay, SaysWhyItCannotListen) {
   EXPECT_THAT(error, StartsWith("relay.invalid: "));
 }
 
-/// A stream's buffer that another thread may read while it is written.
-class SharedText : public std::streambuf {
- public:
-  std::string text() {
-    const std::lock_guard lock(mutex_);
-    return text_;
-  }
-
- protected:
-  std::streamsize xsputn(const char* text, std::streamsize size) override {
-    const std::lock_guard lock(mutex_);
-    text_.append(text, static_cast<std::size_t>(size));
-    return size;
-  }
-  int_type overflow(int_type c) override {
-    const std::lock_guard lock(mutex_);
-    text_ += static_cast<char>(c);
-    return c;
-  }
-
- private:
-  std::mutex mutex_;
-  std::string text_;
-};
+TEST(Relay, WapGoesOnBesideHttp) {
+  const TemporaryFolder folder;
+  const std::string file = folder.put("m.mms", encodeSendReq());
+  const auto relay = startRelay({.wap = RelayWap{}});
+  CMMSWap wap;
+  const std::string gateway = relay->wapAddress();
+  wap.ConnectGtw("127.0.0.1", static_cast<unsigned>(std::stoul(gateway.substr(10))), 0);
+  EXPECT_TRUE(wap.SendMMS("http://mmsc.example/", file.c_str(), 0));
+  wap.DisconnectGtw();
+  CMMSHttp http;
+  http.ConnectGtw(nullptr, 0, 0);
+  EXPECT_TRUE(http.SendMMS(("http://" + relay->address() + "/").c_str(), file.c_str(), 0));
+  http.DisconnectGtw();
+  const auto exchanges = relay->exchanges();
+  ASSERT_EQ(exchanges.size(), 2u);
+  EXPECT_EQ(exchanges[1].number, 2u);
+  EXPECT_FALSE(exchanges[1].overWap);
+}
 
 TEST(RelayCommand, TellsItsAddressAndStopsAfterItsCount) {
   const TemporaryFolder folder;
@@ -287,31 +282,6 @@ TEST(RelayCommand, TellsItsAddressAndStopsAfterItsCount) {
   EXPECT_EQ(status, 0);
   EXPECT_EQ(err.str(), "");
   EXPECT_THAT(buffer.text(), HasSubstr("-> 200 0x86 Error-network-problem: later\n"));
-}
-
-TEST(RelayCommand, RunsAWapGatewayInsteadOfHttp) {
-  const TemporaryFolder folder;
-  const std::string file = folder.put("m.mms", encodeSendReq());
-  CLI::App app;
-  RelayCommand command;
-  addRelay(app, command);
-  app.parse("relay --wap 0 --count 1");
-  SharedText buffer;
-  std::ostream out(&buffer);
-  std::ostringstream err;
-  int status = -1;
-  std::thread running([&] { status = runRelay(command, out, err); });
-  while (buffer.text().find('\n') == std::string::npos) std::this_thread::yield();
-  const std::string begin = "listening on wap://127.0.0.1:";
-  ASSERT_THAT(buffer.text(), StartsWith(begin));
-  CMMSWap wap;
-  wap.ConnectGtw("127.0.0.1", static_cast<unsigned>(std::stoul(buffer.text().substr(begin.size()))),
-                 0);
-  EXPECT_TRUE(wap.SendMMS("http://mmsc/", file.c_str(), 0));
-  wap.DisconnectGtw();
-  running.join();
-  EXPECT_EQ(status, 0);
-  EXPECT_THAT(buffer.text(), HasSubstr("#1 127.0.0.1 WAP POST http://mmsc/ ("));
 }
 
 TEST(RelayCommand, StopsOnASignal) {

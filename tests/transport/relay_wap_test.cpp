@@ -9,10 +9,13 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 #include "relay.h"
+#include "relay_http.h"
 #include "relay_server.h"
 #include "support/send_req.h"
+#include "support/shared_text.h"
 #include "support/temporary_folder.h"
 
 namespace mmsbrix::test {
@@ -21,6 +24,7 @@ namespace {
 using namespace tool;
 using std::chrono::milliseconds;
 using testing::HasSubstr;
+using testing::StartsWith;
 using Outcome = CMMSWap::Outcome;
 
 std::unique_ptr<RelayServer> start(RelayOptions options, const RelayWap& wap = {}) {
@@ -164,23 +168,29 @@ TEST(RelayWap, SendsClientsOnToAnotherGateway) {
   EXPECT_EQ(relay->exchanges().size(), 1u);
 }
 
-TEST(RelayWap, HttpGoesOnBesideIt) {
+TEST(RelayWap, TheCommandRunsItInsteadOfHttp) {
   const TemporaryFolder folder;
   const std::string file = folder.put("m.mms", encodeSendReq());
-  RelayOptions options;
-  options.wap.emplace();
-  std::string error;
-  const auto relay = RelayServer::start(options, error);
-  ASSERT_NE(relay, nullptr) << error;
-  EXPECT_TRUE(send(relay->wapAddress(), file).accepted);
-  CMMSHttp http;
-  http.ConnectGtw(nullptr, 0, 0);
-  EXPECT_TRUE(http.SendMMS(("http://" + relay->address() + "/").c_str(), file.c_str(), 0));
-  http.DisconnectGtw();
-  const auto exchanges = relay->exchanges();
-  ASSERT_EQ(exchanges.size(), 2u);
-  EXPECT_EQ(exchanges[1].number, 2u);
-  EXPECT_FALSE(exchanges[1].overWap);
+  CLI::App app;
+  RelayCommand command;
+  addRelay(app, command);
+  app.parse("relay --wap 0 --count 1");
+  SharedText buffer;
+  std::ostream out(&buffer);
+  std::ostringstream err;
+  int status = -1;
+  std::thread running([&] { status = runRelay(command, out, err); });
+  while (buffer.text().find('\n') == std::string::npos) std::this_thread::yield();
+  const std::string begin = "listening on wap://127.0.0.1:";
+  ASSERT_THAT(buffer.text(), StartsWith(begin));
+  CMMSWap wap;
+  wap.ConnectGtw("127.0.0.1", static_cast<unsigned>(std::stoul(buffer.text().substr(begin.size()))),
+                 0);
+  EXPECT_TRUE(wap.SendMMS("http://mmsc/", file.c_str(), 0));
+  wap.DisconnectGtw();
+  running.join();
+  EXPECT_EQ(status, 0);
+  EXPECT_THAT(buffer.text(), HasSubstr("#1 127.0.0.1 WAP POST http://mmsc/ ("));
 }
 
 TEST(RelayWap, ArgumentsThatMeanNothingAreWrongUsage) {
@@ -207,6 +217,12 @@ TEST(RelayWap, ArgumentsThatMeanNothingAreWrongUsage) {
     command.*test.member = test.value;
     EXPECT_EQ(runRelay(command, out, err), 2) << test.value;
     EXPECT_THAT(err.str(), HasSubstr(std::string("mmsbrix relay: ") + test.option + ": "));
+  }
+  if (!RelayHttpSide::isThere()) {
+    std::ostringstream out;
+    std::ostringstream err;
+    EXPECT_EQ(runRelay(RelayCommand(), out, err), 2);
+    EXPECT_EQ(err.str(), "mmsbrix relay: this build has no HTTP relay; --wap is there\n");
   }
 }
 

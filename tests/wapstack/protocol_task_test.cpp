@@ -162,7 +162,7 @@ TEST(ProtocolTask, OnlyTheServerIsHeard) {
   task.setDatagramHooks({}, [&received](const WdpAddress&, Octets) { ++received; });
   ASSERT_TRUE(task.start());
   UdpSocket server;
-  const UdpSocket stranger;
+  UdpSocket stranger;
   Client client(task);
   const std::uint16_t port = client.open(server.port());
   client.connect();

@@ -39,7 +39,9 @@ class SimulatedNetwork {
 
   double real() { return static_cast<double>(next() >> 11) * 0x1p-53; }
   bool chance(double probability) { return real() < probability; }
-  std::size_t number(std::size_t low, std::size_t high) { return low + next() % (high - low + 1); }
+  std::size_t number(std::size_t low, std::size_t high) {
+    return low + static_cast<std::size_t>(next() % (high - low + 1));
+  }
   Message octets(std::size_t count) {
     Message made(count + 7);
     for (std::size_t i = 0; i < count; i += 8) {

@@ -19,7 +19,7 @@ class Generator {
  public:
   explicit Generator(unsigned seed) : random_(seed) {}
 
-  std::size_t below(std::size_t limit) { return random_() % limit; }
+  std::size_t below(std::size_t limit) { return static_cast<std::size_t>(random_() % limit); }
   template <class Items>
   const auto& oneOf(const Items& items) {
     return items[below(items.size())];

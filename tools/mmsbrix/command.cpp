@@ -3,20 +3,17 @@
 #include <mmsbrix/mms/charsets.h>
 #include <mmsbrix/mms/mmscodec.h>
 #include <mmsbrix/model/mmpart.h>
-#include <stdlib.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <charconv>
-#include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <istream>
 #include <iterator>
 #include <ostream>
+#include <random>
+
+#include "host.h"
 
 namespace mmsbrix::tool {
 
@@ -24,8 +21,10 @@ namespace {
 
 // Why the last file operation on `path` failed.
 std::string reasonFor(const std::string& path) {
-  if (std::filesystem::is_directory(path)) return path + ": is a directory";
-  return path + ": " + (errno != 0 ? std::strerror(errno) : "cannot be read");
+  const std::string reason = host::fileError();  // before the next operation
+  std::error_code ignored;
+  if (std::filesystem::is_directory(host::pathOf(path), ignored)) return path + ": is a directory";
+  return path + ": " + (reason.empty() ? "cannot be read" : reason);
 }
 
 }  // namespace
@@ -49,7 +48,7 @@ std::optional<CMMPart> readContent(const std::string& path, std::istream& in, st
     file.SetContent(content->data(), static_cast<int>(content->size()));
     return file;
   }
-  errno = 0;
+  host::forgetFileError();
   if (file.Load(path.c_str())) return file;
   error = reasonFor(path);
   return std::nullopt;
@@ -70,7 +69,7 @@ bool loadMessage(const std::string& path, const char* verb, const Streams& strea
       read = true;
     }
   } else {
-    errno = 0;
+    host::forgetFileError();
     read = MMS_Load(path.c_str(), &message, 0) == 1;
     if (!read) error = reasonFor(path);
   }
@@ -86,7 +85,7 @@ bool loadMessage(const std::string& path, const char* verb, const Streams& strea
 
 int writeOutput(const std::string& path, std::string_view content, const char* verb,
                 const Streams& streams) {
-  errno = 0;
+  host::forgetFileError();
   bool written = false;
   if (path == "-") {
     streams.out.write(content.data(), static_cast<std::streamsize>(content.size()));
@@ -97,8 +96,9 @@ int writeOutput(const std::string& path, std::string_view content, const char* v
     written = file.Save(path.c_str());
   }
   if (written) return kDone;
+  const std::string reason = host::fileError();
   streams.err << "mmsbrix " << verb << ": " << printable(path) << ": cannot be written"
-              << (errno == 0 ? "" : std::string(": ") + std::strerror(errno)) << '\n';
+              << (reason.empty() ? "" : ": ") << reason << '\n';
   return kFailed;
 }
 
@@ -108,16 +108,9 @@ std::string writeNewFile(const std::string& folder, const std::string& stem,
   for (int number = 1; number <= kMostTries; ++number) {
     const std::string path =
         folder + "/" + stem + (number == 1 ? "" : " #" + std::to_string(number)) + extension;
-    // "x": a file or link of that name is never opened.
-    std::FILE* file = std::fopen(path.c_str(), "wbx");
-    if (file == nullptr) {
-      if (errno == EEXIST) continue;
-      return "";
-    }
-    const bool written = std::fwrite(content.data(), 1, content.size(), file) == content.size();
-    if (std::fclose(file) == 0 && written) return path;
-    std::remove(path.c_str());
-    return "";
+    const auto made = host::writeNewFile(path, content, host::Readers::everybody);
+    if (made == host::NewFile::written) return path;
+    if (made == host::NewFile::failed) return "";
   }
   return "";
 }
@@ -141,16 +134,14 @@ bool parseEndpoint(std::string_view text, std::optional<std::uint16_t> defaultPo
 }
 
 std::optional<Credentials> readCredentials(const std::string& path, std::string& error) {
-  std::ifstream file(path);
+  std::ifstream file(host::pathOf(path), std::ios::binary);
   std::string line;
   if (!file) {
     error = path + ": cannot be opened";
     return std::nullopt;
   }
   // What others can read is no secret: say so instead of relying on it.
-  struct stat status {};
-  if (::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
-      (status.st_mode & (S_IRGRP | S_IROTH)) != 0) {
+  if (host::othersCanRead(path)) {
     error = path + ": others can read it; let its owner alone (chmod 600)";
     return std::nullopt;
   }
@@ -235,24 +226,24 @@ std::optional<std::string> fromBase64(std::string_view text) {
 }
 
 TemporaryFile::TemporaryFile(std::string_view content) {
+  constexpr int kMostTries = 100;
   std::error_code error;
   const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
-  std::string path = (error ? "/tmp" : folder.string()) + "/mmsbrix-XXXXXX";
-  const int file = ::mkstemp(path.data());
-  if (file < 0) return;
-  ::close(file);
-  std::ofstream out(path, std::ios::binary);
-  out.write(content.data(), static_cast<std::streamsize>(content.size()));
-  out.close();
-  if (out) {
-    path_ = path;
-  } else {
-    ::unlink(path.c_str());
+  if (error) return;
+  std::random_device random;
+  for (int tries = 0; tries < kMostTries; ++tries) {
+    const std::string path =
+        host::textOf(folder / ("mmsbrix-" + std::to_string(random()) + std::to_string(random())));
+    const auto made = host::writeNewFile(path, content, host::Readers::ownerOnly);
+    if (made == host::NewFile::exists) continue;
+    if (made == host::NewFile::written) path_ = path;
+    return;
   }
 }
 
 TemporaryFile::~TemporaryFile() {
-  if (!path_.empty()) ::unlink(path_.c_str());
+  std::error_code ignored;
+  if (!path_.empty()) std::filesystem::remove(host::pathOf(path_), ignored);
 }
 
 }  // namespace mmsbrix::tool

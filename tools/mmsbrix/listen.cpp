@@ -4,46 +4,20 @@
 
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
-#include <atomic>
-#include <chrono>
-#include <condition_variable>
-#include <csignal>
+#include <filesystem>
 #include <mutex>
 #include <ostream>
 
+#include "host.h"
 #include "show.h"
 #include "trace_scope.h"
 
 namespace mmsbrix::tool {
 namespace {
 
-std::atomic<bool> interrupted{false};
-static_assert(std::atomic<bool>::is_always_lock_free);
-
-/// Notes SIGINT and SIGTERM while it lives.
-class InterruptScope {
- public:
-  InterruptScope() {
-    interrupted = false;
-    beforeInt_ = std::signal(SIGINT, [](int) { interrupted = true; });
-    beforeTerm_ = std::signal(SIGTERM, [](int) { interrupted = true; });
-  }
-  InterruptScope(const InterruptScope&) = delete;
-  InterruptScope& operator=(const InterruptScope&) = delete;
-  ~InterruptScope() {
-    std::signal(SIGINT, beforeInt_);
-    std::signal(SIGTERM, beforeTerm_);
-  }
-
- private:
-  void (*beforeInt_)(int) = nullptr;
-  void (*beforeTerm_)(int) = nullptr;
-};
-
 /// Pushes come on a thread of the library's; they are counted and shown under the lock.
 struct Arrivals {
   std::mutex mutex;
-  std::condition_variable changed;
   unsigned count = 0;
   bool failed = false;
 };
@@ -80,13 +54,20 @@ CLI::App* addListen(CLI::App& app, ListenCommand& command) {
   listen->add_option("--count", command.count, "End after so many pushes");
   listen->add_option("--store", command.storeFolder, "Write the body of every push here")
       ->type_name("DIR")
-      ->check(CLI::ExistingDirectory.description(""));
+      ->check(CLI::Validator(
+          [](const std::string& folder) {
+            std::error_code ignored;
+            return std::filesystem::is_directory(host::pathOf(folder), ignored)
+                       ? std::string()
+                       : "no folder: " + folder;
+          },
+          ""));
   listen->add_flag("--trace", command.trace, "Print each datagram to standard error");
   return listen;
 }
 
 int runListen(const ListenCommand& command, const Streams& streams) {
-  const InterruptScope interrupts;
+  host::Interruption end;  // before the listener's thread, which inherits it
   const TraceScope trace(command.trace, streams.err);
   Arrivals arrivals;
   const auto arrived = [&](const Push& push) {
@@ -106,8 +87,7 @@ int runListen(const ListenCommand& command, const Streams& streams) {
         streams.out << "  stored as " << printable(path) << '\n' << std::flush;
       }
     }
-    ++arrivals.count;
-    arrivals.changed.notify_all();
+    if (++arrivals.count == command.count) end.wake();
   };
   PushListener listener;
   if (!listener.Start(command.address.c_str(), command.port, arrived)) {
@@ -116,14 +96,7 @@ int runListen(const ListenCommand& command, const Streams& streams) {
   }
   streams.err << "listening at " << command.address << ", UDP port " << listener.GetPort() << '\n'
               << std::flush;
-  {
-    std::unique_lock lock(arrivals.mutex);
-    const auto done = [&] { return command.count != 0 && arrivals.count >= command.count; };
-    // A signal's handler can wake nobody.
-    while (!done() && !interrupted) {
-      arrivals.changed.wait_for(lock, std::chrono::milliseconds(100), done);
-    }
-  }
+  end.wait();
   listener.Stop();
   return arrivals.failed ? kFailed : kDone;
 }

@@ -1,19 +1,20 @@
 // The mmsbrix command-line tool: parses the arguments and calls the subcommand.
 #include <mmsbrix/version.h>
-#include <signal.h>
-#include <unistd.h>
 
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <exception>
 #include <iostream>
+#include <string>
+#include <vector>
 
 #include "command.h"
 #include "compose.h"
 #include "demo.h"
 #include "extract.h"
 #include "fetch.h"
+#include "host.h"
 #include "listen.h"
 #include "manual.h"
 #include "operators.h"
@@ -44,7 +45,7 @@ int endParsing(const CLI::App& app, const CLI::ParseError& error) {
   return kWrongUsage;
 }
 
-int run(int argc, char** argv) {
+int run(const std::vector<std::string>& arguments) {
   using namespace mmsbrix::tool;
   CLI::App app("Compose, show, submit and receive multimedia messages (MMS)", "mmsbrix");
   app.set_version_flag("--version", std::string("mmsbrix ") + mmsbrix::version());
@@ -82,8 +83,10 @@ int run(int argc, char** argv) {
   CLI::App* demoApp = addDemo(app, demo);
   CLI::App* wspApp = addWsp(app, wsp);
   CLI::App* manualApp = addManual(app, manual);
+  std::vector<const char*> texts;
+  for (const std::string& argument : arguments) texts.push_back(argument.c_str());
   try {
-    app.parse(argc, argv);
+    app.parse(static_cast<int>(texts.size()), texts.data());
   } catch (const CLI::ParseError& error) {
     return endParsing(app, error);
   }
@@ -91,7 +94,7 @@ int run(int argc, char** argv) {
   int result = kWrongUsage;
   if (composeApp->parsed()) result = runCompose(compose, streams);
   if (showApp->parsed()) result = runShow(show, streams);
-  send.showProgress = fetch.showProgress = ::isatty(STDERR_FILENO) == 1;
+  send.showProgress = fetch.showProgress = host::standardErrorIsTerminal();
   if (sendApp->parsed()) result = runSend(send, streams);
   if (fetchApp->parsed()) result = runFetch(fetch, streams);
   if (reportApp->parsed()) result = runReport(report, streams);
@@ -116,10 +119,10 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  const mmsbrix::tool::host::Process process;
   std::ios::sync_with_stdio(false);
-  ::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is an error like any other
   try {
-    return run(argc, argv);
+    return run(mmsbrix::tool::host::arguments(argc, argv));
   } catch (const std::exception& error) {
     std::cerr << "mmsbrix: " << error.what() << '\n';
     return mmsbrix::tool::kFailed;

@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+#include "host.h"
+
 namespace mmsbrix::tool {
 namespace {
 
@@ -236,7 +238,7 @@ void writeCompletion(const CLI::App& app, std::ostream& out) {
 
 int writeAll(const CLI::App& app, const std::string& folder, const Streams& streams) {
   std::error_code ignored;
-  std::filesystem::create_directories(folder, ignored);
+  std::filesystem::create_directories(host::pathOf(folder), ignored);
   const auto write = [&](const std::string& file, const auto& page) {
     std::ostringstream text;
     page(text);

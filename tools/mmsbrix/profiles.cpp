@@ -3,26 +3,16 @@
 #include <mmsbrix/transport/operators.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <vector>
 
+#include "host.h"
 #include "operators.h"
 
 namespace mmsbrix::tool {
 namespace fs = std::filesystem;
 namespace {
-
-constexpr fs::perms kOwnerOnly = fs::perms::owner_read | fs::perms::owner_write;
-
-std::string environment(const char* name) {
-  const char* value = std::getenv(name);
-  return value == nullptr ? "" : value;
-}
 
 std::string_view trimmed(std::string_view text) {
   text.remove_prefix(std::min(text.find_first_not_of(" \t\r"), text.size()));
@@ -37,18 +27,16 @@ bool sameSettings(const OperatorSettings& a, const OperatorSettings& b) {
 }  // namespace
 
 std::string profilesPath() {
-  std::string folder = environment("XDG_CONFIG_HOME");
-  if (folder.empty() && !environment("HOME").empty()) folder = environment("HOME") + "/.config";
-  if (folder.empty()) folder = environment("APPDATA");
+  const std::string folder = host::settingsFolder();
   return folder.empty() ? "" : folder + "/mmsbrix/profiles";
 }
 
 std::optional<Profiles> loadProfiles(std::string& error) {
   const std::string path = profilesPath();
   std::error_code failure;
-  if (path.empty() || !fs::exists(path, failure)) return Profiles();
-  fs::permissions(path, kOwnerOnly, failure);
-  std::ifstream file(path);
+  if (path.empty() || !fs::exists(host::pathOf(path), failure)) return Profiles();
+  host::closeToOthers(path);
+  std::ifstream file(host::pathOf(path), std::ios::binary);
   if (!file) {
     error = path + ": cannot be read";
     return std::nullopt;
@@ -82,10 +70,8 @@ bool saveProfiles(const Profiles& profiles, std::string& error) {
     return false;
   }
   std::error_code failure;
-  const fs::path folder = fs::path(path).parent_path();
-  if (fs::create_directories(folder, failure)) {
-    fs::permissions(folder, fs::perms::owner_all, failure);
-  }
+  const fs::path folder = host::pathOf(path).parent_path();
+  if (fs::create_directories(folder, failure)) host::closeToOthers(host::textOf(folder));
   std::string content = "# Profiles of mmsbrix; 'mmsbrix config' changes them.\n";
   for (const auto& [name, profile] : profiles) {
     content += "\n[" + name + "]\n";
@@ -95,15 +81,11 @@ bool saveProfiles(const Profiles& profiles, std::string& error) {
   }
   // Closed to others before the first octet is in it, and in its place when all of them are.
   const std::string fresh = path + ".new";
-  fs::remove(fresh, failure);
-  std::FILE* file = std::fopen(fresh.c_str(), "wbx");
-  if (file != nullptr) {
-    fs::permissions(fresh, kOwnerOnly, failure);
-    const bool written =
-        !failure && std::fwrite(content.data(), 1, content.size(), file) == content.size();
-    if (std::fclose(file) == 0 && written) fs::rename(fresh, path, failure);
-    if (written && !failure) return true;
-    fs::remove(fresh, failure);
+  fs::remove(host::pathOf(fresh), failure);
+  if (host::writeNewFile(fresh, content, host::Readers::ownerOnly) == host::NewFile::written) {
+    fs::rename(host::pathOf(fresh), host::pathOf(path), failure);
+    if (!failure) return true;
+    fs::remove(host::pathOf(fresh), failure);
   }
   error = path + ": cannot be written";
   return false;

@@ -1,19 +1,11 @@
 #include "relay.h"
 
 #include <mmsbrix/mms/inspector.h>
-#include <poll.h>
-#include <pthread.h>
-#include <signal.h>
-#include <sys/eventfd.h>
-#include <sys/signalfd.h>
-#include <unistd.h>
 
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <CLI/Validators.hpp>
 #include <algorithm>
-#include <array>
-#include <cerrno>
 #include <charconv>
 #include <fstream>
 #include <mutex>
@@ -21,57 +13,14 @@
 #include <utility>
 
 #include "command.h"
+#include "host.h"
+#include "relay_http.h"
 #include "relay_server.h"
 
 namespace mmsbrix::tool {
 namespace {
 
 constexpr char kUsualAddress[] = "127.0.0.1:8080";
-
-/// Takes SIGINT and SIGTERM from their handlers into a descriptor, for this thread and those that
-/// it starts, and gives them back at the end.
-class SignalScope {
- public:
-  SignalScope() {
-    sigset_t set;
-    sigemptyset(&set);
-    sigaddset(&set, SIGINT);
-    sigaddset(&set, SIGTERM);
-    pthread_sigmask(SIG_BLOCK, &set, &before_);
-    descriptor_ = signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK);
-  }
-  SignalScope(const SignalScope&) = delete;
-  SignalScope& operator=(const SignalScope&) = delete;
-  ~SignalScope() {
-    // A signal that is still pending is taken, so that unblocking does not end the process.
-    signalfd_siginfo taken{};
-    while (::read(descriptor_, &taken, sizeof taken) > 0) continue;
-    ::close(descriptor_);
-    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
-  }
-  [[nodiscard]] int descriptor() const noexcept { return descriptor_; }
-
- private:
-  sigset_t before_{};
-  int descriptor_ = -1;
-};
-
-/// Raised by a thread of the relay when the last exchange is over.
-class Event {
- public:
-  Event() : descriptor_(eventfd(0, EFD_CLOEXEC)) {}
-  Event(const Event&) = delete;
-  Event& operator=(const Event&) = delete;
-  ~Event() { ::close(descriptor_); }
-  void raise() noexcept {
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const ssize_t put = ::write(descriptor_, &one, sizeof one);
-  }
-  [[nodiscard]] int descriptor() const noexcept { return descriptor_; }
-
- private:
-  int descriptor_;
-};
 
 template <class Number>
 bool parseNumber(std::string_view text, int base, Number& number) {
@@ -308,15 +257,18 @@ int runRelay(const RelayCommand& command, std::ostream& out, std::ostream& err) 
   RelayOptions options;
   if (const int failure = fillOptions(command, options, err); failure != kDone) return failure;
 
-  const SignalScope signals;  // before the relay's threads, which inherit it
-  Event finished;
+  if (options.http && !RelayHttpSide::isThere()) {
+    err << "mmsbrix relay: " << kNoHttpRelay << "\n";
+    return kWrongUsage;
+  }
+  host::Interruption end;  // before the relay's threads, which inherit it
   std::mutex outMutex;
   std::uint64_t exchanges = 0;
   options.onExchange = [&](const RelayExchange& exchange) {
     const std::lock_guard lock(outMutex);
     if (command.count != 0 && exchanges >= command.count) return;
     out << describe(exchange) << std::endl;
-    if (++exchanges == command.count) finished.raise();
+    if (++exchanges == command.count) end.wake();
   };
   const bool http = options.http;
   std::string error;
@@ -335,9 +287,7 @@ int runRelay(const RelayCommand& command, std::ostream& out, std::ostream& err) 
   }
   addressFirst.unlock();
 
-  std::array<pollfd, 2> events = {pollfd{signals.descriptor(), POLLIN, 0},
-                                  pollfd{finished.descriptor(), POLLIN, 0}};
-  while (::poll(events.data(), events.size(), -1) < 0 && errno == EINTR) continue;
+  end.wait();
   return kDone;
 }
 

@@ -1,7 +1,6 @@
 #include "relay_desk.h"
 
 #include <mmsbrix/mms/inspector.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
@@ -10,6 +9,7 @@
 #include <fstream>
 #include <string_view>
 
+#include "host.h"
 #include "relay_answer.h"
 
 namespace mmsbrix::tool {
@@ -20,13 +20,6 @@ constexpr std::string_view kMessagePath = "/message/";  // the message id follow
 constexpr std::string_view kMmsContentType = "application/vnd.wap.mms-message";
 constexpr char kTextContentType[] = "text/plain; charset=utf-8";
 constexpr char kRealm[] = "mmsbrix relay";
-
-bool equalsIgnoringCase(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
-    return std::tolower(static_cast<unsigned char>(x)) ==
-           std::tolower(static_cast<unsigned char>(y));
-  });
-}
 
 bool isMmsContentType(std::string_view value) {
   value = value.substr(0, value.find(';'));
@@ -68,16 +61,17 @@ std::string nameStored(const std::filesystem::path& temporary, const std::string
   constexpr int kMostTries = 1000;
   std::error_code failure;
   for (int number = 0; number < kMostTries; ++number) {
-    std::string file = stem + (number == 0 ? "" : "-" + std::to_string(number)) + ".mms";
+    std::string text = stem + (number == 0 ? "" : "-" + std::to_string(number)) + ".mms";
+    const fs::path file = host::pathOf(text);
     fs::create_hard_link(temporary, file, failure);
     if (failure == std::errc::file_exists) continue;
     if (failure) {  // a file system without links
       if (fs::exists(file, failure)) continue;
       fs::rename(temporary, file, failure);
-      return failure ? std::string() : file;
+      return failure ? std::string() : text;
     }
     fs::remove(temporary, failure);
-    return file;
+    return text;
   }
   return {};
 }
@@ -87,9 +81,9 @@ std::string nameStored(const std::filesystem::path& temporary, const std::string
 std::string storeFile(const std::string& directory, std::uint64_t number,
                       const std::vector<std::uint8_t>& pdu) {
   namespace fs = std::filesystem;
-  const fs::path folder = directory;
-  const std::string name = std::to_string(std::time(nullptr)) + "-" + std::to_string(::getpid()) +
-                           "-" + std::to_string(number);
+  const fs::path folder = host::pathOf(directory);
+  const std::string name = std::to_string(std::time(nullptr)) + "-" +
+                           std::to_string(host::processId()) + "-" + std::to_string(number);
   const fs::path temporary = folder / (name + ".part");
   std::error_code failure;
   {
@@ -101,7 +95,7 @@ std::string storeFile(const std::string& directory, std::uint64_t number,
       return {};
     }
   }
-  std::string file = nameStored(temporary, (folder / name).string());
+  std::string file = nameStored(temporary, host::textOf(folder / name));
   if (file.empty()) fs::remove(temporary, failure);
   return file;
 }
@@ -116,6 +110,13 @@ RelayAnswer plainAnswer(unsigned httpStatus, std::string_view text) {
 }
 
 }  // namespace
+
+bool equalsIgnoringCase(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
+    return std::tolower(static_cast<unsigned char>(x)) ==
+           std::tolower(static_cast<unsigned char>(y));
+  });
+}
 
 std::string withoutCredentials(std::string target) {
   const std::size_t scheme = target.find("://");
@@ -263,8 +264,9 @@ RelayAnswer RelayDesk::answerToPdu(RelayExchange& record, const HeaderOf& header
     verdict.text = options_.responseText;
   }
   if (verdict.accepted()) {
-    record.messageId = std::to_string(std::time(nullptr)) + "-" + std::to_string(::getpid()) + "-" +
-                       std::to_string(++lastMessage_) + "@mmsbrix-relay";
+    record.messageId = std::to_string(std::time(nullptr)) + "-" +
+                       std::to_string(host::processId()) + "-" + std::to_string(++lastMessage_) +
+                       "@mmsbrix-relay";
     deliver(record, headerOf);
   }
   record.responseStatus = verdict.status;

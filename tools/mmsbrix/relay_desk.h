@@ -9,6 +9,7 @@
 #include <functional>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "relay_server.h"
@@ -58,6 +59,8 @@ class RelayDesk {
   std::mutex callbackMutex_;           // held while the host is told
 };
 
+/// ASCII letters in any case are the same.
+[[nodiscard]] bool equalsIgnoringCase(std::string_view a, std::string_view b);
 /// A target for the log: whole URLs lose user name and password.
 [[nodiscard]] std::string withoutCredentials(std::string target);
 

@@ -1,7 +1,5 @@
 #include "relay_wap.h"
 
-#include <strings.h>
-
 #include <algorithm>
 #include <chrono>
 #include <string_view>
@@ -18,9 +16,9 @@ constexpr std::size_t kMaxRequestOctets = std::size_t{4} << 20;
 constexpr std::chrono::milliseconds kRetryInterval{500};
 
 std::string headerOf(const WapRequest& request, const char* name) {
-  if (::strcasecmp(name, "Content-Type") == 0) return request.contentType;
+  if (equalsIgnoringCase(name, "Content-Type")) return request.contentType;
   const auto found = std::ranges::find_if(request.headers, [name](const HeaderField& field) {
-    return ::strcasecmp(field.name.c_str(), name) == 0;
+    return equalsIgnoringCase(field.name, name);
   });
   return found == request.headers.end() ? std::string() : found->value;
 }

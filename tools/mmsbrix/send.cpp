@@ -11,6 +11,8 @@
 #include <optional>
 #include <ostream>
 
+#include "host.h"
+
 namespace mmsbrix::tool {
 namespace {
 
@@ -59,7 +61,7 @@ Submission sendByWap(const SendCommand& command, const std::string& file, const 
     return {kWrongUsage, {}};
   }
   std::error_code error;
-  const std::uintmax_t octets = std::filesystem::file_size(file, error);
+  const std::uintmax_t octets = std::filesystem::file_size(host::pathOf(file), error);
   if (command.maxOctets != 0 && !error && octets > command.maxOctets) {
     return {kFailed, "the message has " + octetCount(octets) + ", the limit is " +
                          std::to_string(command.maxOctets)};

@@ -7,8 +7,9 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <ostream>
+
+#include "host.h"
 
 namespace mmsbrix::tool {
 namespace {
@@ -23,8 +24,10 @@ bool findCredentials(const SessionOptions& options, Credentials& credentials, st
     return read.has_value();
   }
   credentials = options.stored;
-  if (const char* user = std::getenv("MMSBRIX_USER")) credentials.user = user;
-  if (const char* password = std::getenv("MMSBRIX_PASSWORD")) credentials.password = password;
+  if (const auto user = host::environment("MMSBRIX_USER")) credentials.user = *user;
+  if (const auto password = host::environment("MMSBRIX_PASSWORD")) {
+    credentials.password = *password;
+  }
   return true;
 }
 

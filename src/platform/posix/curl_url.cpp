@@ -7,6 +7,7 @@
 #include <charconv>
 
 #include "platform/ascii.h"
+#include "platform/proxy_address.h"
 
 namespace mmsbrix::platform {
 namespace {
@@ -24,9 +25,6 @@ struct UrlCleanup {
 
 constexpr bool isControl(char c) noexcept {
   return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
-}
-constexpr bool isDigit(char c) noexcept {
-  return c >= '0' && c <= '9';
 }
 
 // A component of a parsed URL; empty when it has none.
@@ -50,26 +48,6 @@ std::string hostInUrl(std::string_view host) {
     }
   }
   return bracketed + "]";
-}
-
-// Tolerance: operators publish proxies such as 192.168.094.023 and mean decimal numbers, where the
-// resolver would read octal ones.  Nothing when `host` is no dotted quad.
-std::optional<std::string> decimalQuad(std::string_view host) {
-  std::string plain;
-  for (int group = 0; group < 4; ++group) {
-    if (group > 0) {
-      if (host.empty() || host.front() != '.') return std::nullopt;
-      host.remove_prefix(1);
-      plain += '.';
-    }
-    unsigned number = 0;
-    const auto [end, error] = std::from_chars(host.data(), host.data() + host.size(), number);
-    if (error != std::errc{} || number > 255) return std::nullopt;
-    host.remove_prefix(static_cast<std::size_t>(end - host.data()));
-    plain += std::to_string(number);
-  }
-  if (!host.empty()) return std::nullopt;
-  return plain;
 }
 
 }  // namespace
@@ -139,22 +117,9 @@ std::string urlOf(const UrlParts& parts) {
 
 std::string proxyUrlOf(std::string_view proxy) {
   if (proxy.empty()) return {};
-  std::string_view host = proxy;
-  std::string_view port;
-  const std::size_t colon = proxy.rfind(':');
-  if (colon != std::string_view::npos &&
-      std::all_of(proxy.begin() + static_cast<std::ptrdiff_t>(colon) + 1, proxy.end(), isDigit)) {
-    host = proxy.substr(0, colon);
-    port = proxy.substr(colon + 1);
-  }
-  if (host.starts_with('[') && host.ends_with(']')) host = host.substr(1, host.size() - 2);
-  if (port.find_first_not_of('0') == std::string_view::npos) port = "80";
-  // What would turn the host into something else, such as credentials or a path, makes it no name.
-  const bool usable = !host.empty() && host.find_first_of("/@?#\\ []") == std::string_view::npos &&
-                      std::none_of(host.begin(), host.end(), isControl);
-  if (!usable) return kUnusableProxy;
-  const std::optional<std::string> quad = decimalQuad(host);
-  return "http://" + (quad ? *quad : hostInUrl(host)) + ":" + std::string(port);
+  const std::optional<ProxyAddress> address = parseProxy(proxy);
+  if (!address) return kUnusableProxy;
+  return "http://" + hostInUrl(address->host) + ":" + std::to_string(address->port);
 }
 
 }  // namespace mmsbrix::platform

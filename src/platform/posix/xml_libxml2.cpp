@@ -14,76 +14,13 @@
 #include <utility>
 #include <vector>
 
+#include "platform/xml_limits.h"
+
 namespace mmsbrix::platform {
 namespace {
 
 const char* chars(const xmlChar* text) noexcept {
   return reinterpret_cast<const char*>(text);
-}
-
-bool isBlank(std::string_view text) noexcept {
-  return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
-}
-
-// The parser compares each attribute of an element, and each alternative of a declaration, with all
-// others.  In entities and document types quoted text may become markup, so that all of it counts.
-bool attributesAreBounded(std::string_view text) noexcept {
-  unsigned count = 0;
-  for (const char c : text) {
-    if (c == '<') {
-      count = 0;
-    } else if ((c == '=' || c == '|') && ++count > kMaxXmlAttributes) {
-      return false;
-    }
-  }
-  return true;
-}
-
-// What ends a comment, character data or an instruction that a text begins with; "" for a tag.
-std::string_view endOfNoTag(std::string_view text) noexcept {
-  if (text.size() < 2) return "";
-  if (text[1] == '?') return "?>";
-  if (text[1] != '!') return "";
-  if (text.starts_with("<!--")) return "-->";
-  return text.starts_with("<![CDATA[") ? "]]>" : "";
-}
-
-// Where the attributes of an element become too many in a document without a document type; npos
-// when they never do.  Comments, character data, instructions and quoted values do not count.
-//
-// What lies between tags, and in quotes, is skipped by searches, which look at many octets at once.
-std::size_t tooManyAttributes(std::string_view text) noexcept {
-  unsigned count = 0;
-  bool inTag = false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (!inTag) i = std::min(text.find('<', i), text.size());
-    if (i == text.size()) break;
-    const char c = text[i];
-    if (c == '<') {
-      const std::string_view end = endOfNoTag(text.substr(i));
-      inTag = end.empty();
-      count = 0;
-      if (!inTag) i = std::min(text.find(end, i + 2), text.size());
-    } else if (c == '"' || c == '\'') {
-      i = std::min(text.find(c, i + 1), text.size());
-    } else if (c == '>') {
-      inTag = false;
-    } else if (c == '=' && ++count > kMaxXmlAttributes) {
-      return i;
-    }
-  }
-  return std::string_view::npos;
-}
-
-// Looked for by its second character, which is rare where the first is in every element.
-bool hasDocumentType(std::string_view text) noexcept {
-  constexpr std::string_view kBehindBracket = "!DOCTYPE";
-  std::size_t at = 0;
-  while ((at = text.find(kBehindBracket, at)) != std::string_view::npos) {
-    if (at > 0 && text[at - 1] == '<') return true;
-    ++at;
-  }
-  return false;
 }
 
 // What the callbacks of one run share.  The content of an entity is read by a nested parser with
@@ -378,28 +315,10 @@ class SilenceScope {
   void* const context_;
 };
 
-XmlError positionOf(std::string_view text, std::size_t offset, const char* reason) {
-  const std::string_view before = text.substr(0, offset);
-  const auto lines = std::count(before.begin(), before.end(), '\n');
-  const std::size_t lineStart = before.rfind('\n') + 1;  // 0 without one
-  return {static_cast<int>(lines) + 1, static_cast<int>(offset - lineStart) + 1, reason};
-}
-
 }  // namespace
 
 std::optional<XmlError> readXml(std::string_view utf8, XmlEvents& events) {
-  if (utf8.size() > kMaxXmlOctets) return XmlError{0, 0, "The document is too large"};
-  // The parser guesses at encodings from zeros at the beginning, and ends at one elsewhere.
-  if (const std::size_t zero = utf8.find('\0'); zero != std::string_view::npos) {
-    return positionOf(utf8, zero, "A zero octet is no character");
-  }
-  constexpr const char* kTooMany = "An element has too many attributes";
-  if (hasDocumentType(utf8)) {
-    if (!attributesAreBounded(utf8)) return XmlError{0, 0, kTooMany};
-  } else if (const std::size_t place = tooManyAttributes(utf8); place != std::string_view::npos) {
-    return positionOf(utf8, place, kTooMany);
-  }
-  if (utf8.empty()) return XmlError{0, 0, "The document is empty"};
+  if (auto refused = refusedBeforehand(utf8)) return refused;
 
   xmlInitParser();
   const SilenceScope silence;

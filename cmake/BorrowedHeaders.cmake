@@ -1,0 +1,15 @@
+# Cross builds use the header-only libraries of this system: links to their headers alone stand in a folder
+# of their own, since all of /usr/include would hide the other system's headers.
+set(borrowed ${PROJECT_BINARY_DIR}/borrowed)
+file(MAKE_DIRECTORY ${borrowed})
+foreach(name asio asio.hpp CLI nlohmann)
+  if(NOT EXISTS /usr/include/${name})
+    message(FATAL_ERROR "/usr/include/${name} is missing: run scripts/windows")
+  endif()
+  file(CREATE_LINK /usr/include/${name} ${borrowed}/${name} SYMBOLIC)
+endforeach()
+set(MMSBRIX_ASIO_INCLUDE_DIR ${borrowed})
+foreach(library CLI11::CLI11 nlohmann_json::nlohmann_json)
+  add_library(${library} INTERFACE IMPORTED)
+  target_include_directories(${library} SYSTEM INTERFACE ${borrowed})
+endforeach()

@@ -5,6 +5,7 @@
 #include <asio/buffer.hpp>
 #include <asio/ip/tcp.hpp>
 #include <asio/read.hpp>
+#include <atomic>
 #include <string>
 #include <thread>
 #include <vector>
@@ -39,7 +40,7 @@ TEST(PeerFaults, ClosingAtEveryStageOfTheAnswer) {
   const TemporaryFolder folder;
   const std::string file = folder.put("m.mms", encodeSendReq());
   const std::string answer = httpAnswer(kSendConfOk);
-  std::size_t octets = 0;
+  std::atomic<std::size_t> octets = 0;  // the server answers on a thread of its own
   RawServer server([&](const RawRequest&) -> RawReply {
     return {{answer.substr(0, octets)}, true};
   });

@@ -14,7 +14,7 @@
 namespace mmsbrix::test {
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr std::size_t kSlowdown = 8;
 #else
 constexpr std::size_t kSlowdown = 1;

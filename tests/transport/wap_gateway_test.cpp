@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -66,10 +67,16 @@ std::uint64_t settled(const WapGateway& gateway, std::uint64_t WapGatewayCounter
 }
 
 TEST(WapGateway, MethodsComeAndGoWholeWhateverTheirSize) {
-  WapRequest seen;
+  std::mutex mutex;  // requests come on the gateway's thread
+  WapRequest last;
+  const auto lastSeen = [&] {
+    const std::scoped_lock lock(mutex);
+    return last;
+  };
   WapGatewayOptions options;
-  options.onRequest = [&seen](const WapRequest& request) {
-    seen = request;
+  options.onRequest = [&](const WapRequest& request) {
+    const std::scoped_lock lock(mutex);
+    last = request;
     return WapResponse{.contentType = "application/vnd.wap.mms-message",
                        .headers = {{"Server", "S"}},
                        .body = request.body};
@@ -84,8 +91,9 @@ TEST(WapGateway, MethodsComeAndGoWholeWhateverTheirSize) {
     EXPECT_EQ(result.code, 0x20);
     EXPECT_EQ(test::toHex(result.headers), test::toHex(hex("BE A6 'S' 00")));
     EXPECT_TRUE(result.body == body) << size;
-    EXPECT_TRUE(seen.body == body) << size;
+    EXPECT_TRUE(lastSeen().body == body) << size;
   }
+  WapRequest seen = lastSeen();
   EXPECT_EQ(seen.method, "POST");
   EXPECT_EQ(seen.uri, "http://mmsc/");
   EXPECT_EQ(seen.contentType, "application/vnd.wap.mms-message");
@@ -96,6 +104,7 @@ TEST(WapGateway, MethodsComeAndGoWholeWhateverTheirSize) {
   EXPECT_EQ(call.phone.client().invokeMethod(9, 0x40, "u", {}, {}, WapPhone::Clock::now()),
             Refusal::none);
   EXPECT_EQ(call.phone.wait().code, 0x20);
+  seen = lastSeen();
   EXPECT_EQ(seen.method, "GET");
   EXPECT_EQ(seen.contentType, "");
   EXPECT_EQ(settled(*gateway, &WapGatewayCounters::methodsAnswered, 4), 4u);
@@ -243,10 +252,10 @@ TEST(WapGateway, PushesReachTheirClient) {
 }
 
 TEST(WapGateway, SessionsEndSuspendAndResume) {
-  WapGateway* self = nullptr;
+  std::atomic<WapGateway*> self = nullptr;
   WapGatewayOptions options;
   options.onRequest = [&self](const WapRequest& request) {
-    EXPECT_EQ(self->disconnect(request.session), "");
+    EXPECT_EQ(self.load()->disconnect(request.session), "");
     return WapResponse{};
   };
   const auto gateway = started(std::move(options));

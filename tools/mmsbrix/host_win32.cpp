@@ -82,6 +82,8 @@ Local<ACL> ownerOnlyList(DWORD inheritance) {
 
 }  // namespace
 
+const char kPathSeparators[] = "/\\:";
+
 Process::Process() {
   ::_setmode(::_fileno(stdin), _O_BINARY);
   ::_setmode(::_fileno(stdout), _O_BINARY);

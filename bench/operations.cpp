@@ -45,7 +45,7 @@ const std::vector<Sample>& received() {
       {"308KB", encoded(requestWithPictures(3, 307'000))},
       {"5.2MB", encoded(requestWithPictures(3, 5'200'000))},
       {"1000-parts", encoded(requestWithSmallParts(1000))},
-      {"10000-parts", encoded(requestWithSmallParts(10000))},
+      {"100-parts", encoded(requestWithSmallParts(100))},
   };
   return samples;
 }
@@ -62,7 +62,7 @@ const std::vector<Composed>& composed() {
       {"308KB", std::make_shared<CMMsg>(requestWithPictures(3, 307'000))},
       {"5.2MB", std::make_shared<CMMsg>(requestWithPictures(3, 5'200'000))},
       {"1000-parts", std::make_shared<CMMsg>(requestWithSmallParts(1000))},
-      {"10000-parts", std::make_shared<CMMsg>(requestWithSmallParts(10000))},
+      {"100-parts", std::make_shared<CMMsg>(requestWithSmallParts(100))},
   };
   return samples;
 }

@@ -1,4 +1,5 @@
-/* The C interface: messages composed, encoded, decoded, inspected, extracted, sent and fetched from
+/** @file
+ * The C interface: messages composed, encoded, decoded, inspected, extracted, sent and fetched from
  * any language that can call C.
  *
  * Texts and octets are a pointer and a length.  A length of MMSBRIX_ZERO_TERMINATED means that a
@@ -25,6 +26,7 @@
 extern "C" {
 #endif
 
+/** A length: the text ends at its zero. */
 #define MMSBRIX_ZERO_TERMINATED SIZE_MAX
 
 /** Why a function failed. */
@@ -39,7 +41,8 @@ enum {
   MMSBRIX_NOT_MMS = 6,      /**< the octets are no MMS PDU */
   MMSBRIX_INCOMPLETE = 7,   /**< the message has no recipient or no part, so it cannot be sent */
   MMSBRIX_FAILED = 8,       /**< the relay or the way to it; the transport's result says why */
-  MMSBRIX_INTERNAL = 9
+  MMSBRIX_INTERNAL = 9,
+  MMSBRIX_NOT_SUPPORTED = 10 /**< not on the way that the transport is set to */
 };
 /** What a status means, in English; static, never null. */
 MMSBRIX_API const char* mmsbrix_status_text(mmsbrix_status status);
@@ -172,6 +175,7 @@ MMSBRIX_API mmsbrix_status mmsbrix_message_set_slides(mmsbrix_message* message,
                                                       const mmsbrix_slide* slides, size_t count);
 /** Parts of the body; a body that is no multipart is one part. */
 MMSBRIX_API size_t mmsbrix_message_part_count(mmsbrix_message* message);
+/** A text of the part at a zero-based index; MMSBRIX_NOT_PRESENT past the last one too. */
 MMSBRIX_API mmsbrix_status mmsbrix_message_part_text(mmsbrix_message* message, size_t index,
                                                      mmsbrix_part_text which, const char** text,
                                                      size_t* length);
@@ -192,6 +196,7 @@ typedef struct mmsbrix_files mmsbrix_files;
  * `files` tells what became of each part. */
 MMSBRIX_API mmsbrix_status mmsbrix_message_extract(mmsbrix_message* message, const char* folder,
                                                    size_t length, mmsbrix_files** files);
+/** Parts of the message, those included that gave no file; 0 for a null pointer. */
 MMSBRIX_API size_t mmsbrix_files_count(const mmsbrix_files* files);
 /** Path, media type and octets of a file; `error` is 0, or the system's error when the part could
  * not be saved, and its path then is empty.  Any result may be null. */
@@ -199,6 +204,7 @@ MMSBRIX_API mmsbrix_status mmsbrix_files_get(const mmsbrix_files* files, size_t 
                                              const char** path, size_t* path_length,
                                              const char** type, size_t* type_length,
                                              uint64_t* octets, uint32_t* error);
+/** Frees the list; the files stay. */
 MMSBRIX_API void mmsbrix_files_free(mmsbrix_files* files);
 
 /* ---- inspecting */
@@ -227,19 +233,25 @@ typedef struct mmsbrix_remark {
 /** Any octets are fine: what cannot be read becomes a remark. */
 MMSBRIX_API mmsbrix_status mmsbrix_inspect(const void* data, size_t size,
                                            mmsbrix_inspection** inspection);
+/** Frees an inspection with its texts. */
 MMSBRIX_API void mmsbrix_inspection_free(mmsbrix_inspection* inspection);
 /** The message type octet, 0 when there is none. */
 MMSBRIX_API int32_t mmsbrix_inspection_type(const mmsbrix_inspection* inspection);
+/** Fields of the header block; 0 for a null pointer. */
 MMSBRIX_API size_t mmsbrix_inspection_field_count(const mmsbrix_inspection* inspection);
+/** The field at a zero-based index, in the order of the PDU; MMSBRIX_NOT_PRESENT past the last. */
 MMSBRIX_API mmsbrix_status mmsbrix_inspection_field(const mmsbrix_inspection* inspection,
                                                     size_t index, mmsbrix_field* field);
+/** 0 for a PDU without anything odd, and for a null pointer. */
 MMSBRIX_API size_t mmsbrix_inspection_remark_count(const mmsbrix_inspection* inspection);
+/** The remark at a zero-based index, in the order of their offsets; MMSBRIX_NOT_PRESENT past the
+ * last. */
 MMSBRIX_API mmsbrix_status mmsbrix_inspection_remark(const mmsbrix_inspection* inspection,
                                                      size_t index, mmsbrix_remark* remark);
 
 /* ---- sending and fetching */
 
-/** The way to a relay by HTTP, and the result of what was done last. */
+/** The way to a relay, by HTTP or through a WAP gateway, and the result of what was done last. */
 typedef struct mmsbrix_transport mmsbrix_transport;
 /** Kinds of results. */
 typedef int32_t mmsbrix_result_kind;
@@ -247,8 +259,9 @@ enum {
   MMSBRIX_RESULT_NONE = 0,
   MMSBRIX_RESULT_RESPONSE_STATUS = 1, /**< the relay's, 0x80 is Ok */
   MMSBRIX_RESULT_HTTP_STATUS = 2,
-  MMSBRIX_RESULT_ERROR = 3,          /**< a WinINet or Win32 number, 12029 for no connection */
-  MMSBRIX_RESULT_RETRIEVE_STATUS = 4 /**< the relay's, 0x80 is Ok */
+  MMSBRIX_RESULT_ERROR = 3,           /**< a WinINet or Win32 number, 12029 for no connection */
+  MMSBRIX_RESULT_RETRIEVE_STATUS = 4, /**< the relay's, 0x80 is Ok */
+  MMSBRIX_RESULT_WSP_STATUS = 5       /**< the WAP gateway's, 0x44 stands for HTTP's 404 */
 };
 /** What became of a message that was announced. */
 typedef int32_t mmsbrix_delivery_status;
@@ -262,15 +275,32 @@ enum {
 
 /** A direct connection without credentials; null without memory. */
 MMSBRIX_API mmsbrix_transport* mmsbrix_transport_new(void);
+/** Ends the session and frees the transport, with what was fetched. */
 MMSBRIX_API void mmsbrix_transport_free(mmsbrix_transport* transport);
 /** An HTTP proxy; an empty host is a direct connection. */
 MMSBRIX_API mmsbrix_status mmsbrix_transport_set_proxy(mmsbrix_transport* transport,
                                                        const char* host, size_t length,
                                                        uint16_t port);
+/** A WAP gateway (a name or an address) and its UDP port, usually 9201: messages then go by WSP
+ * instead of HTTP.  An empty host is HTTP again.  Nothing but sending works through a gateway, and
+ * of what can be set only the timeout and the size limit count there.  An exchange that a gateway
+ * does not end has the error that HTTP would have: 12002 for its silence, 12029 for no session,
+ * 12030 for one that broke. [WAP-230 7.1] */
+MMSBRIX_API mmsbrix_status mmsbrix_transport_set_gateway(mmsbrix_transport* transport,
+                                                         const char* host, size_t length,
+                                                         uint16_t port);
+/** The seconds, a day at most, after which an operation ends with the error 12002: by HTTP those
+ * without an octet, through a gateway those until its answer.  0 is the default: 60 by HTTP,
+ * through a gateway 45 of silence to a request and 600 for an answer. */
+MMSBRIX_API mmsbrix_status mmsbrix_transport_set_timeout(mmsbrix_transport* transport,
+                                                         uint32_t seconds);
+/** User name and password for a proxy or relay that asks for them; empty for none. */
 MMSBRIX_API mmsbrix_status mmsbrix_transport_set_credentials(mmsbrix_transport* transport,
                                                              const char* user, size_t user_length,
                                                              const char* password,
                                                              size_t password_length);
+/** How the client is called, by which relays choose what they send; empty for the library's name.
+ */
 MMSBRIX_API mmsbrix_status mmsbrix_transport_set_user_agent(mmsbrix_transport* transport,
                                                             const char* agent, size_t length);
 /** Adds a header to all requests; MMSBRIX_INVALID_ARGUMENT for those that the transport states

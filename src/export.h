@@ -1,4 +1,5 @@
-// The export macro: marks what leaves the library.  Everything else is hidden.
+/// @file
+/// The export macro: marks what leaves the library.  Everything else is hidden.
 #ifndef MMSBRIX_EXPORT_H
 #define MMSBRIX_EXPORT_H
 

@@ -1,4 +1,5 @@
-// Everything the library offers, in one include.
+/// @file
+/// Everything the library offers, in one include.
 #ifndef MMSBRIX_MMSBRIX_H
 #define MMSBRIX_MMSBRIX_H
 

@@ -1,4 +1,5 @@
-// The version of the library that is loaded.
+/// @file
+/// The version of the library that is loaded.
 #ifndef MMSBRIX_VERSION_H
 #define MMSBRIX_VERSION_H
 

@@ -113,6 +113,8 @@ _FUNCTIONS: list[tuple[str, Any, tuple[Any, ...]]] = [
     ("transport_new", _HANDLE, ()),
     ("transport_free", None, (_HANDLE,)),
     ("transport_set_proxy", c_int32, (_HANDLE, *_TEXT, c_uint16)),
+    ("transport_set_gateway", c_int32, (_HANDLE, *_TEXT, c_uint16)),
+    ("transport_set_timeout", c_int32, (_HANDLE, c_uint32)),
     ("transport_set_credentials", c_int32, (_HANDLE, *_TEXT, *_TEXT)),
     ("transport_set_user_agent", c_int32, (_HANDLE, *_TEXT)),
     ("transport_add_header", c_int32, (_HANDLE, *_TEXT, *_TEXT)),

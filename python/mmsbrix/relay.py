@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import math
 from collections.abc import Callable, Mapping
 from ctypes import byref, c_int32, c_size_t, c_uint32, c_uint64, c_void_p, string_at
 from dataclasses import dataclass
@@ -14,7 +15,7 @@ from .message import Message, MmsError, check, encoded, loads, take
 Progress = Callable[[int, int], "bool | None"]
 """Called with the octets done and their total, 0 when unknown; False cancels."""
 
-_KINDS = ("none", "response status", "HTTP status", "error", "retrieve status")
+_KINDS = ("none", "response status", "HTTP status", "error", "retrieve status", "WSP status")
 _STATUSES = {"expired": 0x80, "retrieved": 0x81, "rejected": 0x82, "deferred": 0x83}
 _FAILED = 8
 
@@ -32,7 +33,8 @@ class Result:
     """What the code alone does not tell."""
 
     def __str__(self) -> str:
-        number = f"0x{self.code:02X}" if self.kind.endswith(("nse status", "eve status")) else self.code
+        plain = self.kind in ("none", "HTTP status", "error")
+        number = str(self.code) if plain else f"0x{self.code:02X}"
         words = [f"{self.kind} {number}"]
         if self.text:
             words.append(": " + " ".join(self.text.split()))
@@ -74,14 +76,33 @@ class Notification:
         return cls(texts[0], texts[1], octets.value)
 
 
+def _endpoint(text: str, usual_port: int) -> tuple[bytes, int, int]:
+    """A host or HOST:PORT as pointer, length and port; IPv6 addresses in brackets."""
+    host, colon, port = text.rpartition(":")
+    if not colon or text.endswith("]"):
+        host, port = text, str(usual_port)
+    if not host or not port.isdecimal() or not 0 < int(port) < 65536:
+        raise ValueError(f"not HOST:PORT: {text!r}")
+    return *encoded(host.strip("[]")), int(port)
+
+
 class Relay:
-    """The way to a relay.  Use it in a ``with`` statement, or ``close`` it."""
+    """The way to a relay, by HTTP or through a WAP gateway.
+
+    Use it in a ``with`` statement, or ``close`` it.  ``proxy`` and ``wap`` are ``HOST[:PORT]``.
+    Through a WAP gateway messages can be sent and nothing else be done, and of the options only
+    ``timeout`` and ``max_size`` count.  ``timeout`` is in seconds: by HTTP those without an octet,
+    60 when not given, through a gateway those until its answer, 600 when not given.  ``max_size``
+    is in octets, 0 for no limit.
+    """
 
     def __init__(
         self,
         url: str,
         *,
         proxy: str | None = None,
+        wap: str | None = None,
+        timeout: float | None = None,
         user: str = "",
         password: str = "",
         headers: Mapping[str, str] | None = None,
@@ -96,13 +117,15 @@ class Relay:
         if not self._handle:
             raise MemoryError
         if proxy:
-            host, _, port = proxy.rpartition(":") if ":" in proxy else (proxy, "", "80")
-            check(
-                lib.mmsbrix_transport_set_proxy(
-                    self._handle, *encoded(host.strip("[]")), int(port)
-                ),
-                f"proxy: {proxy!r}",
-            )
+            lib.mmsbrix_transport_set_proxy(self._handle, *_endpoint(proxy, 80))
+        if wap:
+            if proxy:
+                raise ValueError("either a proxy or a WAP gateway")
+            lib.mmsbrix_transport_set_gateway(self._handle, *_endpoint(wap, 9201))
+        if timeout is not None:
+            if timeout <= 0:
+                raise ValueError("timeout: not above 0")
+            lib.mmsbrix_transport_set_timeout(self._handle, math.ceil(min(timeout, 86400)))
         lib.mmsbrix_transport_set_credentials(
             self._handle, *encoded(user), *encoded(password)
         )

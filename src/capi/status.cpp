@@ -21,6 +21,8 @@ const char* mmsbrix_status_text(mmsbrix_status status) {
       return "the message has no recipient or no content";
     case MMSBRIX_FAILED:
       return "the relay did not do it";
+    case MMSBRIX_NOT_SUPPORTED:
+      return "a WAP gateway takes messages only";
     default:
       return "an error inside the library";
   }

@@ -1,5 +1,7 @@
 // Sending and fetching, and what a receiver answers.
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <ctime>
 #include <memory>
@@ -9,13 +11,20 @@
 #include "capi/support.h"
 #include "mms/mmscodec.h"
 #include "mms/receiving.h"
+#include "platform/http.h"
 #include "transport/mmshttp.h"
+#include "transport/mmswap.h"
+#include "transport/result_texts.h"
 
 struct mmsbrix_transport {
   CMMSHttp http;
   std::string host;
   std::uint16_t port = 0;
-  bool connected = false;
+  CMMSWap wap;
+  std::string gateway;  // empty for HTTP
+  std::uint16_t gatewayPort = 0;
+  std::uint64_t sizeLimit = 0;
+  bool connected = false;  // by the one or the other
   std::vector<std::uint8_t> fetched;
   mmsbrix_result_kind kind = MMSBRIX_RESULT_NONE;
   std::uint32_t code = 0;
@@ -28,7 +37,8 @@ namespace {
 
 // What a session is opened with has changed, so the next operation opens a new one.
 void reset(mmsbrix_transport& transport) {
-  if (transport.connected) transport.http.DisconnectGtw();
+  transport.http.DisconnectGtw();
+  transport.wap.DisconnectGtw();
   transport.connected = false;
 }
 
@@ -48,12 +58,69 @@ mmsbrix_result_kind kindOf(CMMSHttp::ResultKind kind) {
   return MMSBRIX_RESULT_NONE;
 }
 
+// Keeps the result of an operation.
+void keep(mmsbrix_transport& transport, mmsbrix_result_kind kind, unsigned long code,
+          std::string_view text, const char* detail) {
+  transport.kind = kind;
+  transport.code = static_cast<std::uint32_t>(code);
+  transport.text = text;
+  transport.detail = detail;
+}
+
+// Which error of HTTP tells the same.
+unsigned errorOf(CMMSWap::Outcome outcome) {
+  switch (outcome) {
+    case CMMSWap::Outcome::noAnswer:
+      return platform::kInternetTimeout;
+    case CMMSWap::Outcome::disconnected:
+    case CMMSWap::Outcome::aborted:
+      return platform::kInternetConnectionAborted;
+    default:
+      return platform::kInternetCannotConnect;
+  }
+}
+
+mmsbrix_status sendThroughGateway(mmsbrix_transport& transport, const std::string& url,
+                                  const void* data, std::size_t size) {
+  if (transport.sizeLimit != 0 && size > transport.sizeLimit) {
+    keep(transport, MMSBRIX_RESULT_ERROR, platform::kErrorFileTooLarge,
+         resultText(platform::kErrorFileTooLarge),
+         ("the message has " + std::to_string(size) + " octets, the limit is " +
+          std::to_string(transport.sizeLimit))
+             .c_str());
+    return MMSBRIX_FAILED;
+  }
+  CMMSWap& wap = transport.wap;
+  if (!transport.connected) {
+    transport.connected = wap.ConnectGtw(transport.gateway.c_str(), transport.gatewayPort, 0);
+  }
+  const bool sent = transport.connected && wap.SendPdu(url.c_str(), data, size);
+  const CMMSWap::Outcome outcome = wap.GetOutcome();
+  std::array<char, 512> text{};
+  const unsigned long code = wap.GetResult(text.data());
+  switch (outcome) {
+    case CMMSWap::Outcome::accepted:
+    case CMMSWap::Outcome::relayStatus:
+      keep(transport, MMSBRIX_RESULT_RESPONSE_STATUS, code, text.data(), wap.GetFailureDetail());
+      break;
+    case CMMSWap::Outcome::gatewayStatus:
+      keep(transport, MMSBRIX_RESULT_WSP_STATUS, code, text.data(), wap.GetFailureDetail());
+      break;
+    default:
+      keep(transport, MMSBRIX_RESULT_ERROR, errorOf(outcome), resultText(errorOf(outcome)),
+           wap.GetFailureDetail());
+      reset(transport);  // the next message gets a new session
+  }
+  return sent ? MMSBRIX_OK : MMSBRIX_FAILED;
+}
+
 // Runs one operation on a connected transport and keeps its result.
 template <class Operation>
 mmsbrix_status perform(mmsbrix_transport* transport, const char* url, std::size_t length,
                        const Operation& operation) {
   if (transport == nullptr || url == nullptr) return MMSBRIX_INVALID_ARGUMENT;
   return guarded([&]() -> mmsbrix_status {
+    if (!transport->gateway.empty()) return MMSBRIX_NOT_SUPPORTED;
     CMMSHttp& http = transport->http;
     if (!transport->connected) {
       transport->connected = true;
@@ -61,10 +128,8 @@ mmsbrix_status perform(mmsbrix_transport* transport, const char* url, std::size_
     }
     const bool done = operation(http, textOf(url, length).c_str());
     std::array<char, 512> text{};
-    transport->code = static_cast<std::uint32_t>(http.GetResult(text.data()));
-    transport->kind = kindOf(http.GetResultKind());
-    transport->text = text.data();
-    transport->detail = http.GetFailureDetail();
+    const unsigned long code = http.GetResult(text.data());
+    keep(*transport, kindOf(http.GetResultKind()), code, text.data(), http.GetFailureDetail());
     return done ? MMSBRIX_OK : MMSBRIX_FAILED;
   });
 }
@@ -114,6 +179,26 @@ mmsbrix_status mmsbrix_transport_set_proxy(mmsbrix_transport* transport, const c
   });
 }
 
+mmsbrix_status mmsbrix_transport_set_gateway(mmsbrix_transport* transport, const char* host,
+                                             size_t length, uint16_t port) {
+  return configure(transport, [&](mmsbrix_transport& changed) {
+    changed.gateway = textOf(host, length);
+    changed.gatewayPort = port;
+    return true;
+  });
+}
+
+mmsbrix_status mmsbrix_transport_set_timeout(mmsbrix_transport* transport, uint32_t seconds) {
+  return configure(transport, [&](mmsbrix_transport& changed) {
+    constexpr std::uint32_t kMostSeconds = 24 * 60 * 60;
+    changed.http.SetTimeout(seconds);
+    changed.wap.SetTiming(
+        seconds == 0 ? WapTiming()
+                     : WapTiming::within(std::chrono::seconds(std::min(seconds, kMostSeconds))));
+    return true;
+  });
+}
+
 mmsbrix_status mmsbrix_transport_set_credentials(mmsbrix_transport* transport, const char* user,
                                                  size_t user_length, const char* password,
                                                  size_t password_length) {
@@ -151,6 +236,7 @@ mmsbrix_status mmsbrix_transport_set_certificates(mmsbrix_transport* transport, 
 mmsbrix_status mmsbrix_transport_set_size_limit(mmsbrix_transport* transport, uint64_t octets) {
   if (transport == nullptr) return MMSBRIX_INVALID_ARGUMENT;
   transport->http.SetSizeLimit(octets);
+  transport->sizeLimit = octets;
   return MMSBRIX_OK;
 }
 
@@ -183,7 +269,12 @@ mmsbrix_status mmsbrix_transport_send(mmsbrix_transport* transport, const char* 
 
 mmsbrix_status mmsbrix_transport_send_octets(mmsbrix_transport* transport, const char* url,
                                              size_t length, const void* data, size_t size) {
-  if (data == nullptr && size != 0) return MMSBRIX_INVALID_ARGUMENT;
+  if (transport == nullptr || url == nullptr || (data == nullptr && size != 0)) {
+    return MMSBRIX_INVALID_ARGUMENT;
+  }
+  if (!transport->gateway.empty()) {
+    return guarded([&] { return sendThroughGateway(*transport, textOf(url, length), data, size); });
+  }
   return perform(transport, url, length,
                  [&](CMMSHttp& http, const char* to) { return http.SendPdu(to, data, size); });
 }

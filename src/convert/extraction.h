@@ -1,4 +1,5 @@
-// Every part of a message as a file, and the content of parts as people mean it.
+/// @file
+/// Every part of a message as a file, and the content of parts as people mean it.
 #ifndef MMSBRIX_CONVERT_EXTRACTION_H
 #define MMSBRIX_CONVERT_EXTRACTION_H
 
@@ -17,6 +18,7 @@ MMSBRIX_API std::string decodedContent(const CMMPart& part);
 /// The same for a text, as UTF-8, whatever charset it is in.
 MMSBRIX_API std::string textContent(const CMMPart& part);
 
+/// How parts are saved.
 struct ExtractionOptions {
   bool textToUtf8 =
       false;  ///< save texts and presentations as UTF-8 instead of in their own charset
@@ -29,10 +31,10 @@ inline constexpr std::size_t kMaxExtractedFiles = 10000;
 
 /// What became of a part.
 struct ExtractedPart {
-  std::string mediaType;  ///< as stated, "" when it is not
-  std::string contentId;  ///< as it stands
-  std::string path;       ///< of the file, "" when there is none
-  std::size_t octets = 0;
+  std::string mediaType;   ///< as stated, "" when it is not
+  std::string contentId;   ///< as it stands
+  std::string path;        ///< of the file, "" when there is none
+  std::size_t octets = 0;  ///< of the file
   unsigned error = 0;  ///< number of the platform's error (2 file not found, 5 access denied ...)
 };
 

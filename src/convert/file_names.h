@@ -1,4 +1,5 @@
-// Names of files that come from messages, made harmless.
+/// @file
+/// Names of files that come from messages, made harmless.
 #ifndef MMSBRIX_CONVERT_FILE_NAMES_H
 #define MMSBRIX_CONVERT_FILE_NAMES_H
 

@@ -1,5 +1,6 @@
-// Media types of files by their names, and extensions by media type: the everyday types as phones
-// expect them, the platform's media-type database for all others.
+/// @file
+/// Media types of files by their names, and extensions by media type: the everyday types as phones
+/// expect them, the platform's media-type database for all others.
 #ifndef MMSBRIX_CONVERT_MEDIA_TYPES_H
 #define MMSBRIX_CONVERT_MEDIA_TYPES_H
 

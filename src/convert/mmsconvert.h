@@ -1,4 +1,5 @@
-// Messages to presentations and back.
+/// @file
+/// Messages to presentations and back.
 #ifndef MMSBRIX_CONVERT_MMSCONVERT_H
 #define MMSBRIX_CONVERT_MMSCONVERT_H
 

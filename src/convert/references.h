@@ -1,5 +1,6 @@
-// Which part of a message a presentation's media refer to, in all the ways that peers have of
-// saying so.
+/// @file
+/// Which part of a message a presentation's media refer to, in all the ways that peers have of
+/// saying so.
 #ifndef MMSBRIX_CONVERT_REFERENCES_H
 #define MMSBRIX_CONVERT_REFERENCES_H
 
@@ -13,10 +14,11 @@ namespace mmsbrix {
 
 /// A media element and the part that it shows.
 struct MediaReference {
-  CSMILMedia* media = nullptr;
-  CMMPart* part = nullptr;  ///< null when the message has none such: the reference dangles
+  CSMILMedia* media = nullptr;  ///< the tree's own
+  CMMPart* part = nullptr;      ///< null when the message has none such: the reference dangles
 };
 
+/// How a presentation and the parts of its message belong together.
 struct References {
   std::vector<MediaReference> media;  ///< in document order; elements without `src` are left out
   std::vector<CMMPart*> unmentioned;  ///< parts that no element shows, the presentation aside

@@ -1,4 +1,5 @@
-// Replies to everybody in a conversation.
+/// @file
+/// Replies to everybody in a conversation.
 #ifndef MMSBRIX_CONVERT_REPLIES_H
 #define MMSBRIX_CONVERT_REPLIES_H
 

@@ -1,4 +1,5 @@
-// Slides to a presentation that every phone shows.
+/// @file
+/// Slides to a presentation that every phone shows.
 #ifndef MMSBRIX_CONVERT_SLIDES_H
 #define MMSBRIX_CONVERT_SLIDES_H
 
@@ -13,16 +14,16 @@ namespace mmsbrix {
 
 /// What is shown at the same time.  What is empty is left out.
 struct Slide {
-  std::string text;   ///< the text itself, UTF-8
-  std::string image;  ///< path of a picture; a video's is fine too
-  std::string audio;  ///< path of a sound
-  std::chrono::milliseconds duration{5000};
+  std::string text;                          ///< the text itself, UTF-8
+  std::string image;                         ///< path of a picture; a video's is fine too
+  std::string audio;                         ///< path of a sound
+  std::chrono::milliseconds duration{5000};  ///< how long it is shown
 };
 
 /// Size of the screen that slides are laid out for, in pixels.
 struct ScreenSize {
-  int width = 320;
-  int height = 240;
+  int width = 320;   ///< pixels
+  int height = 240;  ///< pixels
 };
 
 /// Makes `smil` the presentation of those slides: a root layout, the regions "Image" and "Text" one

@@ -1,5 +1,6 @@
-// Texts of messages between their own charset and UTF-8.  The message classes themselves never
-// convert.
+/// @file
+/// Texts of messages between their own charset and UTF-8.  The message classes themselves never
+/// convert.
 #ifndef MMSBRIX_MMS_CHARSETS_H
 #define MMSBRIX_MMS_CHARSETS_H
 

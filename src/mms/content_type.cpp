@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "mms/item_cost.h"
 #include "platform/ascii.h"
 #include "wsp/http_text.h"
 #include "wsp/wap_mms_shared.h"
@@ -115,6 +116,8 @@ int parameterCode(std::string_view name, bool ofMultipart) noexcept {
   if (isUnassigned(number)) return -1;
   if ((static_cast<std::uint32_t>(number) >> 16) > kVersion12) return -1;
   const int code = number & 0xFFFF;
+  // The name of this number is for multiparts; elsewhere it would read back as another's.
+  if (code == kTypeOfMultipart) return ofMultipart ? code : -1;
   const bool isType = equalsIgnoringCase(name, "type");
   return isType && ofMultipart ? kTypeOfMultipart : code;
 }
@@ -149,8 +152,12 @@ void keep(const Parameter& parameter, CMMParam& kept) {
 // Adds the parameters to a header's list, those of numbers that are not assigned left out.
 void addParameters(Reader& in, CMMHdr& header, ItemBudget& budget) {
   Parameter parameter;
+  std::size_t kept = 0;
   while (readParameter(in, mediaTypeOf, parameter)) {
-    if (!parameter.name.empty() && budget.take()) keep(parameter, *header.Params()->AddNew());
+    if (parameter.name.empty()) continue;
+    if (!budget.take(parameterCost(parameter, kept))) continue;
+    keep(parameter, *header.Params()->AddNew());
+    ++kept;
   }
 }
 

@@ -1,4 +1,5 @@
-// Date records for messages: instants and intervals from seconds.
+/// @file
+/// Date records for messages: instants and intervals from seconds.
 #ifndef MMSBRIX_MMS_DATES_H
 #define MMSBRIX_MMS_DATES_H
 

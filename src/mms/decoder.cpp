@@ -1,12 +1,15 @@
 #include "mms/decoder.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <limits>
 #include <new>
+#include <optional>
 
 #include "mms/content_type.h"
 #include "mms/field_table.h"
+#include "mms/item_cost.h"
 #include "wsp/header_walker.h"
 #include "wsp/multipart_walker.h"
 #include "wsp/wap_mms_shared.h"
@@ -14,20 +17,67 @@
 namespace mmsbrix {
 namespace {
 
-// Makes octets of the block the content of a part.  Returns where the zero behind them belongs;
-// null for none.
-std::uint8_t* shareContent(ContentBlock& block, Octets data, CMMPart& part) {
-  // A part counts its content in an int.
+// A part counts its content in an int.
+Octets asContent(Octets data) noexcept {
   constexpr std::size_t kMost = std::numeric_limits<int>::max() - 1;
-  const std::size_t octets = std::min(data.size(), kMost);
-  if (octets == 0) {
-    part.SetContent("", 0);
-    return nullptr;
-  }
-  const auto offset = static_cast<std::size_t>(data.data() - block.octets());
-  part.ShareContent(block, offset, static_cast<int>(octets));
-  return block.octets() + offset + octets;
+  return data.first(std::min(data.size(), kMost));
 }
+
+// Copies contents into one block for all of them.
+class CopiedContents {
+ public:
+  // Room for contents of so many octets in all, a zero behind each of them included.
+  CopiedContents(std::size_t octets, ItemBudget& budget) : block_(ContentBlock::create(octets)) {
+    if (block_ == nullptr) throw std::bad_alloc();
+    budget.setAside(sizeof(ContentBlock) + octets);
+  }
+  void place(Octets data, CMMPart& part) {
+    data = asContent(data);
+    if (data.empty()) {
+      part.SetContent("", 0);
+      return;
+    }
+    std::memcpy(block_->octets() + used_, data.data(), data.size());
+    block_->octets()[used_ + data.size()] = 0;
+    part.ShareContent(*block_, used_, static_cast<int>(data.size()));
+    used_ += data.size() + 1;
+  }
+
+ private:
+  ContentBlock::Holder block_;
+  std::size_t used_ = 0;
+};
+
+// Leaves contents in the block that the PDU lies in.  Behind a content stands what is read next, so
+// its zero is written once that has been done.
+class SharedContents {
+ public:
+  explicit SharedContents(ContentBlock& block) noexcept : block_(block) {}
+  SharedContents(const SharedContents&) = delete;
+  SharedContents& operator=(const SharedContents&) = delete;
+  ~SharedContents() { writeZero(); }
+
+  void place(Octets data, CMMPart& part) {
+    writeZero();
+    data = asContent(data);
+    if (data.empty()) {
+      part.SetContent("", 0);
+      return;
+    }
+    const auto offset = static_cast<std::size_t>(data.data() - block_.octets());
+    part.ShareContent(block_, offset, static_cast<int>(data.size()));
+    end_ = block_.octets() + offset + data.size();
+  }
+
+ private:
+  void writeZero() noexcept {
+    if (end_ != nullptr) *end_ = 0;
+    end_ = nullptr;
+  }
+
+  ContentBlock& block_;
+  std::uint8_t* end_ = nullptr;
+};
 
 void readField(const HeaderItem& item, CMMsg& message, ItemBudget& budget) {
   if (item.page != kFirstPage) return;
@@ -47,59 +97,98 @@ void readTextHeader(const HeaderItem& item, CMMsg& message) {
   message.Content()->Headers()->AddNew()->Assign(item.name.substr(1), readTextString(value));
 }
 
+// Makes room for the recipients among this field and those behind it, each list at once.
+void makeRoomForRecipients(const HeaderItem& field, HeaderWalker walker, CMMsg& message,
+                           ItemBudget& budget) {
+  const std::size_t room = budget.roomFor(sizeof(CMMAddr));
+  std::array<std::uint32_t, 128> counts{};
+  HeaderItem item = field;
+  for (std::size_t fields = 0;; ++fields) {
+    if (fields == room) {
+      budget.limit(room);
+      break;
+    }
+    if (item.kind == HeaderItem::Kind::wellKnown) ++counts[item.code & 0x7F];
+    if (!walker.next(item)) break;
+  }
+  const auto reserve = [&](CMMAddrList& list, std::uint8_t code) {
+    if (counts[code] == 0) return;
+    list.Reserve(list.Count() + counts[code]);
+    budget.setAside(counts[code] * sizeof(CMMAddr));
+  };
+  reserve(*message.GetTo(), kToField);
+  reserve(*message.GetCc(), kCcField);
+  reserve(*message.GetBcc(), kBccField);
+}
+
 // The octets of the header block.
 std::size_t readHeaderBlock(Octets pdu, CMMsg& message, ItemBudget& budget) {
   HeaderWalker walker(pdu, kMessageBlock);
   HeaderItem item;
+  std::size_t fields = 0;
+  std::size_t headers = 0;
   while (walker.next(item)) {
+    if (++fields == kLongList) makeRoomForRecipients(item, walker, message, budget);
     if (item.kind == HeaderItem::Kind::wellKnown) {
       // The content type leads to the body, so it is read however many fields came before.
-      if (budget.take() || item.code == kContentTypeField) readField(item, message, budget);
-    } else if (item.kind == HeaderItem::Kind::text && budget.take()) {
+      if (budget.take(fieldCost(item, headers)) || item.code == kContentTypeField) {
+        readField(item, message, budget);
+      }
+    } else if (item.kind == HeaderItem::Kind::text && budget.take(fieldCost(item, headers))) {
       readTextHeader(item, message);
+      ++headers;
     }
   }
   return walker.position();
 }
 
 void readPartHeaders(const MultipartItem& item, CMMPart& part, ItemBudget& budget) {
-  // A header takes twelve octets or more as phones write them.
-  constexpr std::size_t kOctetsOfAHeader = 12;
-  constexpr std::size_t kMostReserved = 4;
+  const std::size_t foreseen = headersForeseen(item);
+  std::size_t kept = 0;
   if (!item.contentType.empty()) {
-    part.Headers()->Reserve(static_cast<std::uint32_t>(
-        std::min(1 + item.headers.size() / kOctetsOfAHeader, kMostReserved)));
+    part.Headers()->Reserve(static_cast<std::uint32_t>(foreseen));
     readContentType(item.contentType, *part.Headers()->AddNew(), budget);
+    ++kept;
   }
   HeaderWalker walker(item.headers);
   HeaderItem header;
   while (walker.next(header)) {
     const std::string_view name = partHeaderName(header);
-    if (name.empty() || !budget.take()) continue;
-    if (!readPartHeaderValue(header, name, *part.Headers()->AddNew(), budget)) {
+    if (name.empty()) continue;
+    if (!budget.take(partHeaderCost(header, kept, foreseen))) continue;
+    if (readPartHeaderValue(header, name, *part.Headers()->AddNew(), budget)) {
+      ++kept;
+    } else {
       part.Headers()->DropLast();
     }
   }
 }
 
-void readParts(ContentBlock& block, Octets body, CMMPart& root, ItemBudget& budget) {
+// Makes room for the part behind the walker and all that follow it.
+void makeRoomForParts(MultipartWalker walker, CMMPart& root, ItemBudget& budget) {
+  const std::size_t room = budget.roomFor(sizeof(CMMPart));
+  std::size_t count = 0;
+  while (count < room && walker.skip()) ++count;
+  if (count == room) budget.limit(room);
+  root.ReserveChildren(root.ChildCount() + static_cast<unsigned>(count));
+  budget.setAside(count * sizeof(CMMPart));
+}
+
+template <class Contents>
+void readParts(Octets body, CMMPart& root, Contents& contents, ItemBudget& budget) {
   MultipartWalker walker(body);
-  // What is announced is believed as far as it can be true of parts with headers.
+  // What is announced is believed as far as it can be true, and for so many parts.
   constexpr std::size_t kOctetsOfAPart = 16;
-  constexpr std::size_t kMostReserved = 1024;
   root.ReserveChildren(static_cast<unsigned>(
-      std::min<std::size_t>({walker.announced(), body.size() / kOctetsOfAPart, kMostReserved})));
-  // Behind a content stands the next entry's first octet, which has to be read before it becomes a
-  // zero.
-  std::uint8_t* end = nullptr;
+      std::min<std::size_t>({walker.announced(), body.size() / kOctetsOfAPart, kLongList})));
   MultipartItem item;
-  while (walker.next(item) && budget.take()) {
-    if (end != nullptr) *end = 0;
+  for (std::size_t parts = 0;; ++parts) {
+    if (parts == kLongList) makeRoomForParts(walker, root, budget);
+    if (!walker.next(item) || !budget.take(partCost(item))) break;
     CMMPart& part = *root.NewChild();
     readPartHeaders(item, part, budget);
-    end = shareContent(block, item.data, part);
+    contents.place(item.data, part);
   }
-  if (end != nullptr) *end = 0;
 }
 
 // True when the message, whose fields have been read, has a body.
@@ -109,27 +198,25 @@ bool hasBody(CMMsg& message) noexcept {
   return message.Content()->Headers()->Find(kContentTypeName) != nullptr;
 }
 
-void readBody(ContentBlock& block, Octets body, CMMsg& message, ItemBudget& budget) {
-  CMMPart& root = *message.Content();
-  if (isMultipart(root.Headers()->Find(kContentTypeName)->Value())) {
-    readParts(block, body, root, budget);
-  } else if (std::uint8_t* const end = shareContent(block, body, root)) {
-    *end = 0;
-  }
+bool holdsParts(CMMPart& root) noexcept {
+  return isMultipart(root.Headers()->Find(kContentTypeName)->Value());
 }
 
-ContentBlock::Holder copyOf(Octets octets) {
-  ContentBlock::Holder block = ContentBlock::create(octets.size());
-  if (block == nullptr) throw std::bad_alloc();
-  if (!octets.empty()) std::memcpy(block->octets(), octets.data(), octets.size());
-  return block;
+// Octets of all contents of a multipart body, with a zero behind each.
+std::size_t contentsOf(Octets body) noexcept {
+  std::size_t octets = 0;
+  MultipartWalker walker(body);
+  while (const std::optional<std::size_t> content = walker.skip()) {
+    if (*content > 0) octets += *content + 1;
+  }
+  return octets;
 }
 
 }  // namespace
 
 void decodeMultipart(Octets body, CMMPart& root, ItemBudget& budget) {
-  const ContentBlock::Holder block = copyOf(body);
-  readParts(*block, {block->octets(), body.size()}, root, budget);
+  CopiedContents contents(contentsOf(body), budget);
+  readParts(body, root, contents, budget);
 }
 
 void decodeMessage(Octets pdu, CMMsg& message) {
@@ -137,8 +224,9 @@ void decodeMessage(Octets pdu, CMMsg& message) {
   ItemBudget budget(pdu.size());
   const Octets body = pdu.subspan(readHeaderBlock(pdu, message, budget));
   if (!hasBody(message)) return;
-  const ContentBlock::Holder block = copyOf(body);
-  readBody(*block, {block->octets(), body.size()}, message, budget);
+  CMMPart& root = *message.Content();
+  if (holdsParts(root)) return decodeMultipart(body, root, budget);
+  CopiedContents(body.size() + 1, budget).place(body, root);
 }
 
 void decodeMessage(ContentBlock& block, std::size_t size, CMMsg& message) {
@@ -146,7 +234,14 @@ void decodeMessage(ContentBlock& block, std::size_t size, CMMsg& message) {
   const Octets pdu(block.octets(), size);
   ItemBudget budget(size);
   const Octets body = pdu.subspan(readHeaderBlock(pdu, message, budget));
-  if (hasBody(message)) readBody(block, body, message, budget);
+  if (!hasBody(message)) return;
+  CMMPart& root = *message.Content();
+  SharedContents contents(block);
+  if (holdsParts(root)) {
+    readParts(body, root, contents, budget);
+  } else {
+    contents.place(body, root);
+  }
 }
 
 }  // namespace mmsbrix

@@ -15,7 +15,10 @@
 
 namespace mmsbrix {
 
+inline constexpr std::uint8_t kBccField = 0x01;
+inline constexpr std::uint8_t kCcField = 0x02;
 inline constexpr std::uint8_t kContentTypeField = 0x04;  ///< ends an MMS header block
+inline constexpr std::uint8_t kToField = 0x17;
 /// The header block of an MMS PDU: Content-Type is the last field, the body follows.
 inline constexpr HeaderBlockRules kMessageBlock{.lastField = kContentTypeField,
                                                 .textAfterTextName = true};

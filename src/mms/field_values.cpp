@@ -4,6 +4,7 @@
 
 #include "mms/charsets.h"
 #include "mms/content_type.h"
+#include "mms/item_cost.h"
 #include "mms/mms_values.h"
 #include "wsp/wap_mms_shared.h"
 #include "wsp/wsp_date.h"
@@ -106,7 +107,9 @@ std::string describeContentType(Octets value, InspectedField& field, ItemBudget&
   field.value = reader.mediaType();
   Parameter parameter;
   while (reader.next(parameter)) {
-    if (!budget.take()) return "more parameters than are shown";
+    if (!budget.take(parameterCost(parameter, field.parameters.size()))) {
+      return "more parameters than are shown";
+    }
     const std::string name =
         parameter.name.empty() ? "parameter " + octetText(static_cast<std::uint8_t>(parameter.code))
                                : std::string(parameter.name);

@@ -7,6 +7,7 @@
 #include "mms/content_type.h"
 #include "mms/field_table.h"
 #include "mms/field_values.h"
+#include "mms/item_cost.h"
 #include "mms/pdu_rules.h"
 #include "wsp/header_walker.h"
 #include "wsp/multipart_walker.h"
@@ -41,8 +42,7 @@ class Inspector {
     if (tooMany_ || budget_.exhausted() || remarkBudget_.exhausted()) {
       result_.remarks.push_back(
           {RemarkKind::tooMany, 0,
-           "more than " + std::to_string(kMaxItems) +
-               " fields, headers, parts or remarks: the others are left out"});
+           "more fields, headers, parts or remarks than are kept: the others are left out"});
     }
     std::ranges::stable_sort(result_.remarks, {}, &Remark::offset);
     return std::move(result_);
@@ -50,7 +50,7 @@ class Inspector {
 
  private:
   void remark(RemarkKind kind, std::size_t offset, std::string text) {
-    if (remarkBudget_.take()) result_.remarks.push_back({kind, offset, std::move(text)});
+    if (remarkBudget_.take(0)) result_.remarks.push_back({kind, offset, std::move(text)});
   }
 
   void lookAtBeginning() {
@@ -96,9 +96,10 @@ class Inspector {
       remark(RemarkKind::codePage, item.offset,
              item.cutShort() ? "a page shift without its page"
                              : "shift to header code page " + std::to_string(item.page));
-    } else if (item.code != kContentTypeField && !budget_.take()) {
+    } else if (!budget_.take(fieldCost(item, textHeaders_)) && item.code != kContentTypeField) {
       tooMany_ = true;
     } else {
+      if (item.kind == HeaderItem::Kind::text) ++textHeaders_;
       result_.fields.push_back(describeField(item));
       remarkOnExtent(item, broken, result_.fields.back().name, 0);
     }
@@ -219,6 +220,7 @@ class Inspector {
       return;
     }
     result_.bodyLength = left;
+    budget_.setAside(left);
     result_.multipart = namesMultipart(contentType->text.value_or(""));
     if (result_.multipart) {
       result_.parts = readParts(pdu_.subspan(result_.bodyOffset), result_.bodyOffset, 1);
@@ -230,7 +232,7 @@ class Inspector {
     MultipartWalker walker(body);
     MultipartItem item;
     while (walker.next(item)) {
-      if (!budget_.take()) {
+      if (!budget_.take(partCost(item))) {
         tooMany_ = true;
         return parts;
       }
@@ -268,7 +270,8 @@ class Inspector {
                  std::to_string(part.dataLength) + " are there");
     }
     readPartContentType(item.contentType, part);
-    readPartHeaders(item.headers, part.headersOffset + item.contentType.size(), part);
+    readPartHeaders(item.headers, part.headersOffset + item.contentType.size(),
+                    headersForeseen(item), part);
     if (namesMultipart(part.contentType) && depth < kMaxNesting) {
       part.parts = readParts(item.data, part.dataOffset, depth + 1);
     }
@@ -288,7 +291,8 @@ class Inspector {
     part.parameters = std::move(field.parameters);
   }
 
-  void readPartHeaders(Octets headers, std::size_t base, InspectedPart& part) {
+  void readPartHeaders(Octets headers, std::size_t base, std::size_t foreseen,
+                       InspectedPart& part) {
     HeaderWalker walker(headers);
     HeaderItem item;
     while (walker.next(item)) {
@@ -299,7 +303,7 @@ class Inspector {
                     : "shift to header code page " + std::to_string(item.page));
         continue;
       }
-      if (!budget_.take()) {
+      if (!budget_.take(partHeaderCost(item, 1 + part.headers.size(), foreseen))) {
         tooMany_ = true;
         return;
       }
@@ -340,6 +344,7 @@ class Inspector {
   ItemBudget budget_{pdu_.size()};  // of fields, headers, parameters and parts
   ItemBudget remarkBudget_;         // of remarks
   bool tooMany_ = false;
+  std::size_t textHeaders_ = 0;
   std::size_t zeroRun_ = static_cast<std::size_t>(-1);  // where the present run of zeros goes on
 };
 

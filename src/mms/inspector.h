@@ -1,6 +1,7 @@
-// The inspector: everything that is in an MMS PDU of any type, version 1.0 to 1.3, with offsets,
-// and what is odd about it.  It reads with the same cursor as the decoder and changes nothing
-// there. [OMA-MMS-ENC 6, 7; WAP-230 8.4, 8.5]
+/// @file
+/// The inspector: everything that is in an MMS PDU of any type, version 1.0 to 1.3, with offsets,
+/// and what is odd about it.  It reads with the same cursor as the decoder and changes nothing
+/// there. [OMA-MMS-ENC 6, 7; WAP-230 8.4, 8.5]
 #ifndef MMSBRIX_MMS_INSPECTOR_H
 #define MMSBRIX_MMS_INSPECTOR_H
 
@@ -39,15 +40,15 @@ enum class RemarkKind {
 
 /// One remark.  `offset` counts octets from the beginning of the PDU.
 struct Remark {
-  RemarkKind kind;
-  std::size_t offset;
-  std::string text;
+  RemarkKind kind;     ///< for programs
+  std::size_t offset;  ///< of what is odd
+  std::string text;    ///< for people, without line end
 };
 
 /// A parameter of a content type or header, name and value as text.
 struct InspectedParameter {
-  std::string name;
-  std::string value;
+  std::string name;   ///< such as "charset"; "parameter 0x1F" for a number without a name
+  std::string value;  ///< decoded
 };
 
 /// A header of a part, or an application header in text form.
@@ -56,9 +57,9 @@ struct InspectedHeader {
   std::size_t length = 0;  ///< octets, name and value
   int code = -1;           ///< well-known number without the high bit, -1 for a textual name
   int page = 1;            ///< header code page
-  std::string name;
+  std::string name;   ///< such as "Content-Location"; "header 0x4B" for a number without a name
   std::string value;  ///< decoded; hex octets in a form that is not understood
-  std::vector<InspectedParameter> parameters;
+  std::vector<InspectedParameter> parameters;  ///< in their order
 };
 
 /// One field of the header block.
@@ -68,7 +69,7 @@ struct InspectedField {
   std::size_t valueOffset = 0;  ///< of its value
   int code = -1;                ///< field code without the high bit, -1 for a header in text form
   int page = 1;                 ///< header code page; codes mean MMS fields on page 1 only
-  ValueForm form = ValueForm::none;
+  ValueForm form = ValueForm::none;  ///< how the value stands on the wire
   std::string name;   ///< such as "X-Mms-Transaction-Id"; "field 0x3A" where nothing is assigned
   std::string value;  ///< decoded for people; never empty for a value of unknown form
   std::optional<std::uint64_t> number;  ///< the value where it is a number, an octet or seconds
@@ -81,12 +82,12 @@ struct InspectedField {
 
 /// A body part.  Offsets count from the beginning of the PDU.
 struct InspectedPart {
-  std::size_t offset = 0;         ///< of the entry: its headers length
-  std::size_t headersOffset = 0;  ///< of the content type
-  std::size_t headersLength = 0;  ///< octets, as far as they are there
-  std::size_t dataOffset = 0;
-  std::size_t dataLength = 0;  ///< octets, as far as they are there
-  std::size_t statedDataLength = 0;
+  std::size_t offset = 0;                      ///< of the entry: its headers length
+  std::size_t headersOffset = 0;               ///< of the content type
+  std::size_t headersLength = 0;               ///< octets, as far as they are there
+  std::size_t dataOffset = 0;                  ///< of the content
+  std::size_t dataLength = 0;                  ///< octets, as far as they are there
+  std::size_t statedDataLength = 0;            ///< octets that the entry announces
   std::string contentType;                     ///< media type without parameters
   std::vector<InspectedParameter> parameters;  ///< of the content type
   std::vector<InspectedHeader> headers;        ///< the others, in order
@@ -95,16 +96,16 @@ struct InspectedPart {
 
 /// All of a PDU.
 struct Inspection {
-  int messageType = 0;           ///< message-type octet, 0 when there is none
-  std::string messageTypeName;   ///< such as "m-send-req"; "" when unknown
-  std::size_t size = 0;          ///< octets of the PDU
-  std::size_t headerLength = 0;  ///< octets of the header block
-  std::vector<InspectedField> fields;
-  std::size_t bodyOffset = 0;
-  std::size_t bodyLength = 0;
-  bool multipart = false;            ///< the body was read as a WSP multipart
-  std::vector<InspectedPart> parts;  ///< of a multipart body
-  std::vector<Remark> remarks;       ///< in the order of their offsets
+  int messageType = 0;                 ///< message-type octet, 0 when there is none
+  std::string messageTypeName;         ///< such as "m-send-req"; "" when unknown
+  std::size_t size = 0;                ///< octets of the PDU
+  std::size_t headerLength = 0;        ///< octets of the header block
+  std::vector<InspectedField> fields;  ///< in their order
+  std::size_t bodyOffset = 0;          ///< of the first octet behind the header block
+  std::size_t bodyLength = 0;          ///< octets from there to the end
+  bool multipart = false;              ///< the body was read as a WSP multipart
+  std::vector<InspectedPart> parts;    ///< of a multipart body
+  std::vector<Remark> remarks;         ///< in the order of their offsets
 
   /// The first field of that code on code page 1; null without one.
   [[nodiscard]] const InspectedField* find(int code) const noexcept {

@@ -1,11 +1,12 @@
-// Reading an MMS PDU of any type without copying it: fields, parts and headers as views over the
-// caller's buffer, found by the same walk as the decoder and the inspector.  [OMA-MMS-ENC 6, 7;
-// WAP-230 8.4, 8.5]
-//
-// A view allocates nothing and keeps nothing but a table of where the fields lie, so its cost is
-// that of the header block alone, however large the parts are.  Lengths in the data are clamped to
-// what is there; any octets are fine.  The buffer must stay, unchanged, for as long as a view of it
-// or anything taken from one is used.
+/// @file
+/// Reading an MMS PDU of any type without copying it: fields, parts and headers as views over the
+/// caller's buffer, found by the same walk as the decoder and the inspector.  [OMA-MMS-ENC 6, 7;
+/// WAP-230 8.4, 8.5]
+///
+/// A view allocates nothing and keeps nothing but a table of where the fields lie, so its cost is
+/// that of the header block alone, however large the parts are.  Lengths in the data are clamped to
+/// what is there; any octets are fine.  The buffer must stay, unchanged, for as long as a view of
+/// it or anything taken from one is used.
 #ifndef MMSBRIX_MMS_MESSAGE_VIEW_H
 #define MMSBRIX_MMS_MESSAGE_VIEW_H
 
@@ -26,15 +27,15 @@ namespace mmsbrix {
 
 /// A text as it stands on the wire; octets beyond ASCII are in `charset`.
 struct TextView {
-  std::string_view text;
+  std::string_view text;     ///< without its terminating zero
   std::string_view charset;  ///< name, "" when none is stated or it is unknown
 };
 
 /// An address without the suffix that states its kind.
 struct AddressView {
-  std::string_view text;
-  std::string_view charset;
-  CMMAddr::TYPE type = CMMAddr::TYPE_OTHER;
+  std::string_view text;                     ///< as it stands
+  std::string_view charset;                  ///< as in a TextView
+  CMMAddr::TYPE type = CMMAddr::TYPE_OTHER;  ///< what the suffix says
 };
 
 /// A field of the header block.  The readers take the value for what it is read as; which of them
@@ -42,8 +43,8 @@ struct AddressView {
 struct FieldView {
   int code = -1;          ///< without the high bit; -1 for an application header in text form
   std::string_view name;  ///< of an application header, as it stands
-  ValueForm form = ValueForm::none;
-  std::span<const std::uint8_t> value;
+  ValueForm form = ValueForm::none;     ///< how the value stands on the wire
+  std::span<const std::uint8_t> value;  ///< its octets
 
   /// An enumerated octet, yes or no, or a version; nothing for a value of another form.
   [[nodiscard]] MMSBRIX_API std::optional<std::uint8_t> octet() const noexcept;
@@ -63,8 +64,8 @@ struct ParameterView {
 
 /// A header of a part.
 struct HeaderView {
-  std::string_view name;  ///< empty for a number that is not assigned
-  ValueForm form = ValueForm::none;
+  std::string_view name;             ///< empty for a number that is not assigned
+  ValueForm form = ValueForm::none;  ///< how the value stands on the wire
   std::string_view
       text;  ///< the value where it stands as text, without the mark that opens a quoted-string
   std::span<const std::uint8_t> value;  ///< as it stands
@@ -74,9 +75,10 @@ namespace detail {
 /// A function to call with a `View`, and what it needs; it returns false to end the walk.
 template <class View>
 struct Visitor {
-  void* function;
-  bool (*call)(void* function, const View& view);
+  void* function;                                  ///< the caller's
+  bool (*call)(void* function, const View& view);  ///< calls it
 
+  /// For a function that returns nothing or whether to go on; it must outlive the walk.
   template <class Function>
   static Visitor of(Function& function) noexcept {
     return {&function, [](void* target, const View& view) {
@@ -94,6 +96,7 @@ struct Visitor {
 class ContentTypeView {
  public:
   ContentTypeView() = default;
+  /// Of the value's octets; any will do.
   MMSBRIX_API explicit ContentTypeView(std::span<const std::uint8_t> value) noexcept;
 
   /// As it stands or by its number; "" for a number that is not assigned.
@@ -113,8 +116,8 @@ class ContentTypeView {
 
 /// A body part.
 struct PartView {
-  ContentTypeView contentType;
-  std::span<const std::uint8_t> content;
+  ContentTypeView contentType;            ///< of the content
+  std::span<const std::uint8_t> content;  ///< as far as it is there
   std::span<const std::uint8_t> headers;  ///< those behind the content type, as they stand
 
   /// Calls `visit` with each HeaderView; a visit that returns false ends the walk.
@@ -129,6 +132,7 @@ struct PartView {
   MMSBRIX_API void walk(detail::Visitor<HeaderView> visitor) const;
 };
 
+/// A PDU.  Fields are found by their codes, parts by walking.
 class MessageView {
  public:
   /// Field codes that have a use of their own here; all others are found by number too.

@@ -1,7 +1,8 @@
-// Messages to octets and back: the binary MMS encapsulation, in memory and in ".mms" files.
-// [OMA-MMS-ENC 6, 7; WAP-230 8.4, 8.5]
-//
-// Dates are converted in the machine's local time zone.
+/// @file
+/// Messages to octets and back: the binary MMS encapsulation, in memory and in ".mms" files.
+/// [OMA-MMS-ENC 6, 7; WAP-230 8.4, 8.5]
+///
+/// Dates are converted in the machine's local time zone.
 #ifndef MMSBRIX_MMS_MMSCODEC_H
 #define MMSBRIX_MMS_MMSCODEC_H
 

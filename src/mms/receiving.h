@@ -1,6 +1,7 @@
-// The receiving side of a client: the notification that it gets, and the three PDUs with which it
-// answers.  [OMA-MMS-ENC 6.2 m-notification-ind, m-notifyresp-ind; 6.3 m-acknowledge-ind;
-// 6.7 m-read-rec-ind]
+/// @file
+/// The receiving side of a client: the notification that it gets, and the three PDUs with which it
+/// answers.  [OMA-MMS-ENC 6.2 m-notification-ind, m-notifyresp-ind; 6.3 m-acknowledge-ind;
+/// 6.7 m-read-rec-ind]
 #ifndef MMSBRIX_MMS_RECEIVING_H
 #define MMSBRIX_MMS_RECEIVING_H
 
@@ -30,42 +31,48 @@ MMSBRIX_API std::optional<Notification> readNotification(const void* data, std::
 
 /// What became of a message that was announced: the X-Mms-Status of an m-notifyresp-ind.
 enum class DeliveryStatus : std::uint8_t {
-  expired = 0x80,
-  retrieved = 0x81,
-  rejected = 0x82,
-  deferred = 0x83,
-  unrecognised = 0x84,
+  expired = 0x80,       ///< it was not fetched in time
+  retrieved = 0x81,     ///< it has been fetched
+  rejected = 0x82,      ///< it is not wanted
+  deferred = 0x83,      ///< it will be fetched later
+  unrecognised = 0x84,  ///< the notification was not understood
 };
-enum class ReadStatus : std::uint8_t { read = 0x80, deletedUnread = 0x81 };
+/// The X-Mms-Read-Status of an m-read-rec-ind.
+enum class ReadStatus : std::uint8_t {
+  read = 0x80,           ///< the recipient has opened it
+  deletedUnread = 0x81,  ///< deleted without being read
+};
 
 /// Answers an m-notification-ind.  The version of an answer is that of what it answers.
 struct NotifyRespInd {
-  std::string transactionId;  ///< of the notification
-  std::string version = "1.2";
-  DeliveryStatus status = DeliveryStatus::retrieved;
+  std::string transactionId;                          ///< of the notification
+  std::string version = "1.2";                        ///< that of the notification
+  DeliveryStatus status = DeliveryStatus::retrieved;  ///< what became of the message
   std::optional<bool> reportAllowed{};  ///< whether the sender may be told; left out when not said
 };
 /// Answers an m-retrieve-conf that was fetched later than its notification was answered.
 struct AcknowledgeInd {
-  std::string transactionId;  ///< of the m-retrieve-conf
-  std::string version = "1.2";
-  std::optional<bool> reportAllowed{};
+  std::string transactionId;            ///< of the m-retrieve-conf
+  std::string version = "1.2";          ///< that of the m-retrieve-conf
+  std::optional<bool> reportAllowed{};  ///< as in a NotifyRespInd
 };
 /// Tells the sender of a message, who asked for it, that it was read.
 struct ReadRecInd {
-  std::string messageId;  ///< of the message
-  std::string version = "1.2";
-  CMMAddr to{};                         ///< the sender of the message
-  CMMAddr from{};                       ///< the own address; empty leaves it to the relay
-  std::optional<std::uint64_t> date{};  ///< when it was read, seconds since 1970
-  ReadStatus status = ReadStatus::read;
+  std::string messageId;                 ///< of the message
+  std::string version = "1.2";           ///< that of the message
+  CMMAddr to{};                          ///< the sender of the message
+  CMMAddr from{};                        ///< the own address; empty leaves it to the relay
+  std::optional<std::uint64_t> date{};   ///< when it was read, seconds since 1970
+  ReadStatus status = ReadStatus::read;  ///< what happened to it
 };
 
+///@{
 /// The octets of each, fields in the standard's order.  A version that is no "major.minor" is left
 /// out; texts end at their first zero.
 MMSBRIX_API std::vector<std::uint8_t> encodePdu(const NotifyRespInd& answer);
 MMSBRIX_API std::vector<std::uint8_t> encodePdu(const AcknowledgeInd& answer);
 MMSBRIX_API std::vector<std::uint8_t> encodePdu(const ReadRecInd& report);
+///@}
 
 }  // namespace mmsbrix
 

@@ -1,4 +1,5 @@
-// Transaction ids, by which a confirmation finds its request.  [OMA-MMS-ENC 7.2.29]
+/// @file
+/// Transaction ids, by which a confirmation finds its request.  [OMA-MMS-ENC 7.2.29]
 #ifndef MMSBRIX_MMS_TRANSACTION_ID_H
 #define MMSBRIX_MMS_TRANSACTION_ID_H
 

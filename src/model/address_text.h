@@ -1,4 +1,5 @@
-// Addresses as people write them: what kind an address is, and whether two are the same.
+/// @file
+/// Addresses as people write them: what kind an address is, and whether two are the same.
 #ifndef MMSBRIX_MODEL_ADDRESS_TEXT_H
 #define MMSBRIX_MODEL_ADDRESS_TEXT_H
 

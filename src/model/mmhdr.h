@@ -1,4 +1,5 @@
-// CMMParam, CMMParamList, CMMHdr and CMMHdrList: header fields with parameters.
+/// @file
+/// CMMParam, CMMParamList, CMMHdr and CMMHdrList: header fields with parameters.
 #ifndef MMSBRIX_MODEL_MMHDR_H
 #define MMSBRIX_MODEL_MMHDR_H
 
@@ -12,13 +13,16 @@
 class MMSBRIX_API CMMParam {
  public:
   CMMParam() = default;
+  /// Copies both; null is the empty text.
   CMMParam(const char* name, const char* value);
 
   /// Replaces the name; null empties it.
   void Set(const char* name);
   /// Replaces the value; null empties it.
   void SetValue(const char* value);
+  /// The name; valid until it is replaced.
   const char* Get() const noexcept { return name_.c_str(); }
+  /// The value; valid until it is replaced.
   const char* GetValue() const noexcept { return value_.c_str(); }
 
   /// The same from views, whose length is then known; a text ends at its first zero.
@@ -29,8 +33,11 @@ class MMSBRIX_API CMMParam {
     name_.assign(name);
     value_.assign(value);
   }
+  ///@{
+  /// The texts of Get and GetValue with their lengths.
   std::string_view Name() const noexcept { return name_.view(); }
   std::string_view Value() const noexcept { return value_.view(); }
+  ///@}
 
  private:
   mmsbrix::Text name_;
@@ -48,18 +55,24 @@ class MMSBRIX_API CMMParamList : public mmsbrix::CMMNamedList<CMMParam> {};
 class MMSBRIX_API CMMHdr {
  public:
   CMMHdr() = default;
+  /// Copies both; null is the empty text.
   CMMHdr(const char* name, const char* value);
 
   /// Replaces the name; null empties it.
   void Set(const char* name);
+  /// Replaces both and leaves the parameters.
   void Set(const char* name, const char* value);
   /// Replaces the value; null empties it.
   void SetValue(const char* value);
+  /// The name; valid until it is replaced.
   const char* Get() const noexcept { return name_.c_str(); }
+  /// The value without parameters; valid until it is replaced.
   const char* GetValue() const noexcept { return value_.c_str(); }
+  ///@{
   /// The header's own parameters, never null.
   CMMParamList* Params() noexcept { return &params_; }
   const CMMParamList* Params() const noexcept { return &params_; }
+  ///@}
 
   /// The same from views, whose length is then known; a text ends at its first zero.
   void Assign(std::string_view name, std::string_view value);
@@ -69,8 +82,11 @@ class MMSBRIX_API CMMHdr {
     name_.assign(name);
     value_.assign(value);
   }
+  ///@{
+  /// The texts of Get and GetValue with their lengths.
   std::string_view Name() const noexcept { return name_.view(); }
   std::string_view Value() const noexcept { return value_.view(); }
+  ///@}
 
  private:
   mmsbrix::Text name_;

@@ -1,5 +1,6 @@
-// The one list behind CMMAddrList, CMMParamList, CMMHdrList and a part's children: elements by
-// value in insertion order and one built-in cursor.
+/// @file
+/// The one list behind CMMAddrList, CMMParamList, CMMHdrList and a part's children: elements by
+/// value in insertion order and one built-in cursor.
 #ifndef MMSBRIX_MODEL_MMLIST_H
 #define MMSBRIX_MODEL_MMLIST_H
 
@@ -27,14 +28,18 @@ template <class T>
 class CMMList {
  public:
   CMMList() noexcept = default;
+  /// Copies the elements.
   CMMList(const CMMList& other) {
     if (other.size() > 0) *this = copyOf(other);
   }
+  /// Takes the elements over with the cursor; `other` is left empty.
   CMMList(CMMList&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
+  /// Copies the elements in the place of its own.
   CMMList& operator=(const CMMList& other) {
     if (this != &other) *this = copyOf(other);
     return *this;
   }
+  /// Takes the elements over with the cursor in the place of its own.
   CMMList& operator=(CMMList&& other) noexcept {
     CMMList taken(std::move(other));
     std::swap(block_, taken.block_);
@@ -48,6 +53,7 @@ class CMMList {
     makeRoom();
     append(std::move(copy));
   }
+  /// How many elements there are.
   unsigned int Count() const noexcept { return size(); }
   /// Moves the cursor to the first element and returns it; null in an empty list.
   T* First() noexcept { return moveTo(0); }
@@ -64,6 +70,7 @@ class CMMList {
   }
   /// The element at a zero-based index that the caller guarantees.
   T* operator[](int index) noexcept { return begin() + index; }
+  /// Destroys all elements and keeps their room; the cursor is not positioned any more.
   void Clear() noexcept {
     if (block_ == nullptr) return;
     std::destroy(begin(), end());
@@ -85,14 +92,21 @@ class CMMList {
   void Reserve(std::uint32_t count) {
     if (block_ == nullptr ? count > 0 : count > block_->capacity) reallocate(count);
   }
+  /// The elements stand one behind the other; a range loop leaves the cursor alone.
   T* begin() noexcept { return elementsOf(block_); }
+  /// Behind the last element.
   T* end() noexcept { return begin() + size(); }
+  /// As above.
   const T* begin() const noexcept { return elementsOf(block_); }
+  /// As above.
   const T* end() const noexcept { return begin() + size(); }
 
  protected:
+  /// Where the cursor is when it stands on no element.
   static constexpr std::uint32_t kNotPositioned = std::numeric_limits<std::uint32_t>::max();
 
+  /// Puts the cursor on the element at a zero-based position and returns it; past the last one
+  /// null, and no position.
   T* moveTo(std::uint32_t position) noexcept {
     if (block_ == nullptr) return nullptr;
     const bool there = position < block_->size;

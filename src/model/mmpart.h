@@ -1,4 +1,5 @@
-// CMMPart: a body part with headers, content and nested parts.
+/// @file
+/// CMMPart: a body part with headers, content and nested parts.
 #ifndef MMSBRIX_MODEL_MMPART_H
 #define MMSBRIX_MODEL_MMPART_H
 
@@ -18,14 +19,20 @@ class ContentBlock;
 class MMSBRIX_API CMMPart {
  public:
   CMMPart();
+  ///@{
+  /// Copies are deep; a part that was moved from is empty.
   CMMPart(const CMMPart& other);
   CMMPart(CMMPart&& other) noexcept;
   CMMPart& operator=(const CMMPart& other);
   CMMPart& operator=(CMMPart&& other) noexcept;
+  ///@}
   ~CMMPart();
 
+  ///@{
+  /// The part's own headers, never null; the media type is that of "Content-Type".
   CMMHdrList* Headers() noexcept { return &headers_; }
   const CMMHdrList* Headers() const noexcept { return &headers_; }
+  ///@}
 
   /// The content or null; valid until the content changes.
   unsigned char* GetContent() const noexcept { return content_; }
@@ -55,10 +62,13 @@ class MMSBRIX_API CMMPart {
   CMMPart* NewChild();
   /// Makes room for `count` children in all, so that a known number costs one allocation.
   void ReserveChildren(unsigned int count);
+  /// Nested parts, those within them not counted.
   unsigned int ChildCount() const noexcept;
+  ///@{
   /// The child walk, with one cursor: null past the last child until FirstChild is called.
   CMMPart* FirstChild() noexcept;
   CMMPart* NextChild() noexcept;
+  ///@}
   /// The child at a zero-based index without touching the cursor; null past the last one.
   const CMMPart* Child(unsigned int index) const noexcept;
   /// The first child whose first header of `header`'s name has `header`'s value, names and values

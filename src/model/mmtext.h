@@ -1,4 +1,5 @@
-// Text: how the model holds a text in 16 octets.
+/// @file
+/// Text: how the model holds a text in 16 octets.
 #ifndef MMSBRIX_MODEL_MMTEXT_H
 #define MMSBRIX_MODEL_MMTEXT_H
 
@@ -13,7 +14,7 @@ namespace mmsbrix {
 
 /// A text that lives as long as the program and is followed by a zero: a name from a table.
 struct StaticText {
-  std::string_view text;
+  std::string_view text;  ///< with a zero behind it
 };
 
 /// A zero-terminated 8-bit text.  Up to 15 octets stay in place; a longer one is on the library's
@@ -26,7 +27,10 @@ class MMSBRIX_API Text {
   Text() noexcept { setEmpty(); }
   /// A copy up to the first zero.
   explicit Text(std::string_view text) : Text() { assign(text); }
+  /// Points at the text and copies nothing.
   explicit Text(StaticText text) noexcept : Text() { setOutside(text.text, kStatic); }
+  ///@{
+  /// A copy has a heap text of its own; a text that was moved from is empty.
   Text(const Text& other) : Text() { copyFrom(other); }
   Text(Text&& other) noexcept {
     std::memcpy(storage_, other.storage_, sizeof storage_);
@@ -43,18 +47,23 @@ class MMSBRIX_API Text {
     other.setEmpty();
     return *this;
   }
+  ///@}
   ~Text() { releaseHeap(); }
 
   /// Becomes a copy of `text` up to its first zero; `text` may lie within this text.
   void assign(std::string_view text);
+  /// Points at `text` from now on.
   void assign(StaticText text) noexcept {
     releaseHeap();
     setOutside(text.text, kStatic);
   }
+  /// Becomes the empty text and gives its heap back.
   void clear() noexcept {
     releaseHeap();
     setEmpty();
   }
+  ///@{
+  /// The text, never null; valid until the text changes, is moved or destroyed.
   [[nodiscard]] const char* c_str() const noexcept {
     return tag() <= kMostInPlace ? storage_ : outside();
   }
@@ -62,6 +71,7 @@ class MMSBRIX_API Text {
     return tag() <= kMostInPlace ? std::string_view(storage_, kMostInPlace - tag())
                                  : std::string_view(outside(), outsideLength());
   }
+  ///@}
 
  private:
   static constexpr std::uint8_t kMostInPlace = 15;

@@ -1,4 +1,5 @@
-// Telling the host that SMIL text could not be read.
+/// @file
+/// Telling the host that SMIL text could not be read.
 #ifndef MMSBRIX_SMIL_PARSE_ERROR_H
 #define MMSBRIX_SMIL_PARSE_ERROR_H
 

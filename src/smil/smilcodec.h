@@ -1,4 +1,5 @@
-// Presentations to SMIL text and back, in memory and in files.  [W3C SMIL 2.0; W3C XML 1.0]
+/// @file
+/// Presentations to SMIL text and back, in memory and in files.  [W3C SMIL 2.0; W3C XML 1.0]
 #ifndef MMSBRIX_SMIL_SMILCODEC_H
 #define MMSBRIX_SMIL_SMILCODEC_H
 

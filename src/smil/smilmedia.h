@@ -1,4 +1,5 @@
-// CSMILMedia: a text, picture, sound or other medium of a slide. [W3C SMIL 2.0, Media Object]
+/// @file
+/// CSMILMedia: a text, picture, sound or other medium of a slide. [W3C SMIL 2.0, Media Object]
 #ifndef MMSBRIX_SMIL_SMILMEDIA_H
 #define MMSBRIX_SMIL_SMILMEDIA_H
 
@@ -15,21 +16,38 @@
 class MMSBRIX_API CSMILMedia : public CSMILNode, public CSMILTimingAttr {
  public:
   CSMILMedia();
+  /// An element of that tag; null is the empty one.
   explicit CSMILMedia(const char* tag);
+  ///@{
+  /// Copies have a content of their own.
   CSMILMedia(const CSMILMedia& other);
   CSMILMedia& operator=(const CSMILMedia& other);
+  ///@}
   ~CSMILMedia() override;
 
+  ///@{
+  /// Those of CSMILNode, where CSMILTimingAttr finds them too.
   CSMILAttr* FindAttribute(const char* name) override;
   void AddAttribute(CSMILAttr* attr) override;
   bool RemoveAttribute(const char* name) override;
+  ///@}
 
+  ///@{
+  /// Where the medium is: "cid:" and a Content-ID, a Content-Location, or a file's path or URL.
+  /// Null when absent.
   const char* GetSrc() { return textOf("src"); }
   void PutSrc(const char* src) { putText("src", src); }
+  ///@}
+  ///@{
+  /// The medium's type, as the presentation states it; null when absent.
   const char* GetType() { return textOf("type"); }
   void PutType(const char* type) { putText("type", type); }
+  ///@}
+  ///@{
+  /// The "id" of the region that the medium is shown in; null when absent.
   const char* GetRegion() { return textOf("region"); }
   void PutRegion(const char* region) { putText("region", region); }
+  ///@}
 
   /// Replaces the content by a copy of `len` octets; null `data`, a negative length and a lack of
   /// memory leave none.  Always true.  `data` may lie within the present content.

@@ -1,5 +1,6 @@
-// CSMILAttr and CSMILNode: elements of a presentation with their attributes and children. [W3C
-// SMIL 2.0]
+/// @file
+/// CSMILAttr and CSMILNode: elements of a presentation with their attributes and children. [W3C
+/// SMIL 2.0]
 #ifndef MMSBRIX_SMIL_SMILNODE_H
 #define MMSBRIX_SMIL_SMILNODE_H
 
@@ -18,20 +19,32 @@ class TreeMoves;
 class MMSBRIX_API CSMILAttr {
  public:
   CSMILAttr();
+  ///@{
+  /// Copies both texts; null is the empty one.
   CSMILAttr(const char* name, const char* value);
   CSMILAttr(std::string_view name, std::string_view value);
+  ///@}
+  ///@{
+  /// A copy has texts of its own; an attribute that was moved from may only be assigned to.
   CSMILAttr(const CSMILAttr& other);
   CSMILAttr(CSMILAttr&& other) noexcept;
   CSMILAttr& operator=(const CSMILAttr& other);
   CSMILAttr& operator=(CSMILAttr&& other) noexcept;
+  ///@}
   ~CSMILAttr();
 
+  ///@{
+  /// The attribute's own texts, in UTF-8; valid until they are replaced.
   const char* GetName() const noexcept { return name_.c_str(); }
   const char* GetValue() const noexcept { return value_.c_str(); }
   std::string_view Name() const noexcept { return name_; }
   std::string_view Value() const noexcept { return value_; }
+  ///@}
+  ///@{
+  /// Copies the text, without escapes: the writer adds those that XML needs.
   void PutName(const char* name);
   void PutValue(const char* value);
+  ///@}
 
  private:
   std::string name_;
@@ -48,10 +61,13 @@ class MMSBRIX_API CSMILAttr {
 class MMSBRIX_API CSMILNode {
  public:
   CSMILNode();
+  /// An element of that tag; null is the empty one.
   explicit CSMILNode(const char* tag);
+  ///@{
   /// Copies are deep, and each child keeps its class.  The cursors of a copy are not positioned.
   CSMILNode(const CSMILNode& other);
   CSMILNode& operator=(const CSMILNode& other);
+  ///@}
   virtual ~CSMILNode();
 
   /// The first attribute of that name, which the attribute cursor is left on; null without one.
@@ -67,14 +83,21 @@ class MMSBRIX_API CSMILNode {
   /// which then holds the following attribute.
   virtual bool RemoveAttribute(const char* name);
 
+  ///@{
   /// Nodes come from the library's own heap, whoever creates or destroys them.
   static void* operator new(std::size_t size);
   static void operator delete(void* node);
+  ///@}
 
+  ///@{
+  /// The element's name, "par" or "img"; never null.
   const char* GetTag() const noexcept { return tag_.c_str(); }
   void PutTag(const char* tag);
+  ///@}
 
+  /// How many attributes there are.
   unsigned int AttributeCount() const noexcept;
+  /// Removes all attributes.
   void AttributeClear() noexcept;
   /// Null without attributes.
   CSMILAttr* FirstAttribute() noexcept;
@@ -83,6 +106,7 @@ class MMSBRIX_API CSMILNode {
   /// The attribute at a zero-based index without touching the cursor; null past the last one.
   const CSMILAttr* Attribute(unsigned int index) const noexcept;
 
+  /// How many children there are, those within them not counted.
   unsigned int ElementCount() const noexcept;
   /// Forgets the children without destroying them: whoever moves them elsewhere keeps them.
   void ElementClear() noexcept;
@@ -103,18 +127,31 @@ class MMSBRIX_API CSMILNode {
   /// other index that no child has.
   bool InsertElement(int index, CSMILNode* element);
 
+  ///@{
+  /// The name by which others refer to the element; unique in a presentation.  Null when absent.
   const char* GetId() { return textOf("id"); }
   void PutId(const char* id) { putText("id", id); }
+  ///@}
+  ///@{
+  /// A class for style sheets, which phones do not know; null when absent.
   const char* GetClass() { return textOf("class"); }
   void PutClass(const char* value) { putText("class", value); }
+  ///@}
+  ///@{
+  /// The language of texts and attributes, "fi" or "en-GB"; null when absent.  [W3C XML 1.0 2.12]
   const char* GetXmlLang() { return textOf("xml:lang"); }
   void PutXmlLang(const char* language) { putText("xml:lang", language); }
+  ///@}
+  ///@{
+  /// What the element is, for people; null when absent.
   const char* GetTitle() { return textOf("title"); }
   void PutTitle(const char* title) { putText("title", title); }
+  ///@}
 
  protected:
   /// The value of an attribute, null when it is absent.
   const char* textOf(const char* name);
+  /// Stores a copy; null stores the empty text.
   void putText(const char* name, const char* value);
   /// The number that an attribute's value begins with, 0 when it is absent.
   int numberOf(const char* name);

@@ -1,5 +1,6 @@
-// CMMSHttp: submission to an MMS relay by HTTP POST, and fetching from it by GET, through a proxy
-// or directly.
+/// @file
+/// CMMSHttp: submission to an MMS relay by HTTP POST, and fetching from it by GET, through a proxy
+/// or directly.
 #ifndef MMSBRIX_TRANSPORT_MMSHTTP_H
 #define MMSBRIX_TRANSPORT_MMSHTTP_H
 
@@ -17,8 +18,11 @@
 class MMSBRIX_API CMMSHttp : public CMMSComm {
  public:
   CMMSHttp();
+  ///@{
+  /// Settings are copied; the connection object is shared, and only one of both may disconnect.
   CMMSHttp(const CMMSHttp& other);
   CMMSHttp& operator=(const CMMSHttp& other);
+  ///@}
   /// Does not disconnect: call DisconnectGtw first.
   ~CMMSHttp() override;
 
@@ -62,10 +66,11 @@ class MMSBRIX_API CMMSHttp : public CMMSComm {
   enum class ResultKind {
     none,            ///< nothing is known
     responseStatus,  ///< the relay's X-Mms-Response-Status
-    httpStatus,
+    httpStatus,      ///< the relay or proxy answered, but with no MMS PDU or none that counts
     error,           ///< a WinINet or Win32 error
     retrieveStatus,  ///< the relay's X-Mms-Retrieve-Status
   };
+  /// Of the last operation.
   [[nodiscard]] ResultKind GetResultKind() const noexcept;
   /// Why the last operation was no success, in words, where its code alone does not tell ("the
   /// answer is text/html, no MMS message"); "" when there is nothing to add.  Valid until the next
@@ -86,7 +91,7 @@ class MMSBRIX_API CMMSHttp : public CMMSComm {
   /// Seconds without an octet in either direction after which the exchanges of the following
   /// ConnectGtw end with 12002; 0 for the default.  A day at most.
   void SetTimeout(unsigned int seconds);
-  static constexpr unsigned int kDefaultTimeoutSeconds = 60;
+  static constexpr unsigned int kDefaultTimeoutSeconds = 60;  ///< without SetTimeout
 
  private:
   std::string trustedCertificates_;

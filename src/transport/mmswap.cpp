@@ -60,6 +60,16 @@ bool CMMSWap::SendMMS(const char* url, const char* file, unsigned long) {
   return accepted;
 }
 
+bool CMMSWap::SendPdu(const char* url, const void* data, std::size_t size) {
+  if (connection_ == nullptr || isWaiting(connection_)) return false;
+  WspClient& client = *clientOf(connection_);
+  const auto* octets = static_cast<const std::uint8_t*>(data);
+  const bool accepted =
+      client.SendMMS(mmsbrix::orEmpty(url), mmsbrix::Octets(octets, data == nullptr ? 0 : size));
+  endsNow(*this, client);
+  return accepted;
+}
+
 unsigned long CMMSWap::GetResult(char* text) {
   return connection_ == nullptr ? 0 : clientOf(connection_)->GetResult(text);
 }

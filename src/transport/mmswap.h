@@ -1,8 +1,10 @@
-// CMMSWap: submission to an MMS relay through a WAP gateway, as a WSP POST in a session over WTP
-// and UDP.  [WAP-230, WAP-224; OMA-MMS-ENC 6.1.1]
+/// @file
+/// CMMSWap: submission to an MMS relay through a WAP gateway, as a WSP POST in a session over WTP
+/// and UDP.  [WAP-230, WAP-224; OMA-MMS-ENC 6.1.1]
 #ifndef MMSBRIX_TRANSPORT_MMSWAP_H
 #define MMSBRIX_TRANSPORT_MMSWAP_H
 
+#include <cstddef>
 #include <functional>
 
 #include "../export.h"
@@ -16,8 +18,11 @@
 class MMSBRIX_API CMMSWap : public CMMSComm {
  public:
   CMMSWap();
+  ///@{
+  /// Settings are copied; the session is shared, and only one of both may disconnect.
   CMMSWap(const CMMSWap& other);
   CMMSWap& operator=(const CMMSWap& other);
+  ///@}
   /// Does not disconnect: call DisconnectGtw first.
   ~CMMSWap() override;
 
@@ -30,6 +35,8 @@ class MMSBRIX_API CMMSWap : public CMMSComm {
   /// Posts the file to `url`; `param` is ignored.  False when not connected, when the file cannot
   /// be read, and when the relay did not accept the message.
   bool SendMMS(const char* url, const char* file, unsigned long param) override;
+  /// SendMMS for a message in memory: posts `size` octets at `data`, of which it makes a copy.
+  bool SendPdu(const char* url, const void* data, std::size_t size);
   /// 0, with `text` untouched, when not connected.
   unsigned long GetResult(char* text) override;
   /// Does nothing and returns true.
@@ -48,6 +55,7 @@ class MMSBRIX_API CMMSWap : public CMMSComm {
     relayStatus,     ///< the relay's answer is a refusal, or no answer that can be used
     fileUnreadable,  ///< the message
   };
+  /// `none` when not connected.
   [[nodiscard]] Outcome GetOutcome() const noexcept;
   /// The same in words, with the reason that the layer gave: "the gateway 10.1.1.1:9201 does not
   /// answer"; "" after success.  Valid until the next call of the object.

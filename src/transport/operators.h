@@ -1,5 +1,6 @@
-// The MMS settings of mobile operators, from the database of the package
-// mobile-broadband-provider-info.
+/// @file
+/// The MMS settings of mobile operators, from the database of the package
+/// mobile-broadband-provider-info.
 #ifndef MMSBRIX_TRANSPORT_OPERATORS_H
 #define MMSBRIX_TRANSPORT_OPERATORS_H
 

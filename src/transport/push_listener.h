@@ -1,5 +1,6 @@
-// PushListener: hears pushes that come without a session, on UDP port 2948, as gateways and push
-// proxies send them to clients that they reach by IP.  [WAP-235 8.2; WAP-230 7.2]
+/// @file
+/// PushListener: hears pushes that come without a session, on UDP port 2948, as gateways and push
+/// proxies send them to clients that they reach by IP.  [WAP-235 8.2; WAP-230 7.2]
 #ifndef MMSBRIX_TRANSPORT_PUSH_LISTENER_H
 #define MMSBRIX_TRANSPORT_PUSH_LISTENER_H
 
@@ -17,14 +18,15 @@ namespace mmsbrix {
 
 /// A push as it came.
 struct Push {
-  std::string from;  ///< "10.1.2.3:9200"
-  std::string contentType;
-  std::vector<HeaderField> headers;
-  std::vector<std::uint8_t> body;
+  std::string from;                  ///< "10.1.2.3:9200"
+  std::string contentType;           ///< of the body, without parameters
+  std::vector<HeaderField> headers;  ///< the others
+  std::vector<std::uint8_t> body;    ///< as it came
   /// The message when the body is an m-notification-ind, else null; it lives as long as the call.
   const CMMsg* notification = nullptr;
 };
 
+/// Listens from Start to Stop.  One object, one thread at a time.
 class MMSBRIX_API PushListener {
  public:
   /// The registered port of connectionless pushes.
@@ -36,7 +38,7 @@ class MMSBRIX_API PushListener {
   PushListener();
   PushListener(const PushListener&) = delete;
   PushListener& operator=(const PushListener&) = delete;
-  /// Stop()
+  /// Stops.
   ~PushListener();
 
   /// Listens at a local IPv4 or IPv6 address, empty for all IPv4 ones, and a UDP port, 0 for a free
@@ -47,6 +49,7 @@ class MMSBRIX_API PushListener {
   void Stop();
   /// The port that Start bound, 0 when it does not listen.
   [[nodiscard]] std::uint16_t GetPort() const noexcept;
+  /// Why the last Start failed, in words; "" after success.  Valid until the next one.
   [[nodiscard]] const char* GetFailureDetail() const noexcept;
 
  private:

@@ -1,5 +1,6 @@
-// The trace log: one line per step of a submission, to one process-wide sink that the host sets.
-// Without a sink, the default, every trace call returns at once.  Credentials are never traced.
+/// @file
+/// The trace log: one line per step of a submission, to one process-wide sink that the host sets.
+/// Without a sink, the default, every trace call returns at once.  Credentials are never traced.
 #ifndef MMSBRIX_TRANSPORT_TRACE_LOG_H
 #define MMSBRIX_TRANSPORT_TRACE_LOG_H
 

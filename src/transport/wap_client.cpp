@@ -238,7 +238,16 @@ bool WspClient::SendMMS(const char* url, const char* file) {
     if (detail.empty()) detail = resultText(error);
     return end(Outcome::fileUnreadable, "the message cannot be read: " + detail);
   }
+  return post(url, std::move(message));
+}
 
+bool WspClient::SendMMS(const char* url, Octets message) {
+  trace("WspClient SendMMS() pszMMSCUrl = %s, %d octets", url, static_cast<int>(message.size()));
+  if (state_.get() != kConnected) return end(lostOutcome(), lostDetail());
+  return post(url, std::make_shared<std::vector<std::uint8_t>>(message.begin(), message.end()));
+}
+
+bool WspClient::post(const char* url, std::shared_ptr<std::vector<std::uint8_t>> message) {
   trace("WspClient Posting...");
   // From here on the stack's thread writes the result, unless the session has ended by now.
   const std::uint8_t before = std::exchange(result_, std::uint8_t{0});

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -31,6 +32,8 @@ class WspClient final : public WapStack::WspClientApplication {
 
   bool Connect(const char* host, unsigned port);
   bool SendMMS(const char* url, const char* file);
+  /// The same for a message in memory.
+  bool SendMMS(const char* url, Octets message);
   void Disconnect();
   unsigned long GetResult(char* text) const;
 
@@ -74,6 +77,7 @@ class WspClient final : public WapStack::WspClientApplication {
   bool openPort(const char* host, unsigned port);
   void connectTo(const WdpAddress& server);
   void waitWhile(State state);
+  bool post(const char* url, std::shared_ptr<std::vector<std::uint8_t>> message);
   [[nodiscard]] WapStack::TransactionSettings transactionSettings() const;
   void takeAnswer(Octets headers, Octets body);
   bool takePush(Octets headers, Octets body);

@@ -1,8 +1,10 @@
-// The WAP protocol stack of the process, as far as hosts care for it.  It starts by itself with the
-// first connection through a WAP gateway, or the first PushListener, and runs one thread.
+/// @file
+/// The WAP protocol stack of the process, as far as hosts care for it.  It starts by itself with
+/// the first connection through a WAP gateway, or the first PushListener, and runs one thread.
 #ifndef MMSBRIX_TRANSPORT_WAP_STACK_H
 #define MMSBRIX_TRANSPORT_WAP_STACK_H
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
 
@@ -18,6 +20,15 @@ struct WapTiming {
   /// Longest silence of a gateway that has acknowledged a request and works on it.
   std::chrono::milliseconds silenceLimit{120000};
   std::chrono::milliseconds overallLimit{600000};  ///< from a request to its result
+
+  /// The defaults, shortened to what fits into `limit`: nothing waits longer than that.
+  [[nodiscard]] static WapTiming within(std::chrono::milliseconds limit) {
+    WapTiming timing;
+    timing.overallLimit = limit;
+    timing.silenceLimit = std::min(timing.silenceLimit, limit);
+    timing.retryInterval = std::min(timing.retryInterval, limit / 4);
+    return timing;
+  }
 };
 
 /// The folder (UTF-8) of the stack's log "exceptions.log"; null or empty for no log.  Without this

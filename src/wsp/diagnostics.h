@@ -1,5 +1,6 @@
-// Diagnostics of the WSP coding: errors, assertion failures and warnings go to one process-wide
-// sink. Without a sink, the default, they are dropped.  Nothing here prints, throws or exits.
+/// @file
+/// Diagnostics of the WSP coding: errors, assertion failures and warnings go to one process-wide
+/// sink. Without a sink, the default, they are dropped.  Nothing here prints, throws or exits.
 #ifndef MMSBRIX_WSP_DIAGNOSTICS_H
 #define MMSBRIX_WSP_DIAGNOSTICS_H
 
@@ -10,6 +11,7 @@
 
 namespace mmsbrix {
 
+/// How bad it is.
 enum class DiagnosticKind {
   error,      ///< the operation fails
   assertion,  ///< an assertion about the input failed; the operation fails
@@ -18,12 +20,13 @@ enum class DiagnosticKind {
 
 /// One report.  The views are valid during the call of the sink only.
 struct Diagnostic {
-  DiagnosticKind kind;
+  DiagnosticKind kind;      ///< what becomes of the operation
   std::string_view source;  ///< the reporting source's name, such as "wsp_header_coding"
   unsigned line;            ///< line in that source
-  std::string_view text;
+  std::string_view text;    ///< for people, without line end
 };
 
+/// Receives one report at a time.
 using DiagnosticsSink = std::function<void(const Diagnostic&)>;
 
 /// Replaces the sink of the process; an empty one silences it.  The sink may be called from any

@@ -17,7 +17,6 @@ MultipartWalker::MultipartWalker(Octets body) noexcept : in_(body) {
 
 bool MultipartWalker::next(MultipartItem& item) noexcept {
   if (broken_ || in_.atEnd()) return false;
-  item = MultipartItem{};
   Reader in = in_;
   item.offset = in.position();
   const auto headersLength = readUintvar(in);
@@ -36,6 +35,18 @@ bool MultipartWalker::next(MultipartItem& item) noexcept {
   item.data = in.take(*dataLength);
   in_ = in;
   return true;
+}
+
+std::optional<std::size_t> MultipartWalker::skip() noexcept {
+  if (broken_ || in_.atEnd()) return std::nullopt;
+  const auto headersLength = readUintvar(in_);
+  const auto dataLength = headersLength ? readUintvar(in_) : headersLength;
+  if (!dataLength) {
+    broken_ = true;
+    return std::nullopt;
+  }
+  in_.skip(*headersLength);
+  return in_.take(*dataLength).size();
 }
 
 }  // namespace mmsbrix

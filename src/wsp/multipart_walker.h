@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 #include "wsp/octets.h"
 
@@ -29,8 +30,11 @@ class MultipartWalker {
 
   /// The number of entries that the body announces; entries are read to the end whatever it says.
   [[nodiscard]] std::uint32_t announced() const noexcept { return announced_; }
-  /// Moves to the next entry; false at the end, or where a length cannot be read.
+  /// Moves to the next entry; false at the end, or where a length cannot be read, with `item` of no
+  /// meaning then.
   bool next(MultipartItem& item) noexcept;
+  /// The same without a look at the headers: the octets of the entry's data.
+  std::optional<std::size_t> skip() noexcept;
   /// Octets walked over.
   [[nodiscard]] std::size_t position() const noexcept { return in_.position(); }
   /// True when a length could not be read, so that octets are left over.

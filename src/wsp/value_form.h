@@ -1,4 +1,5 @@
-// How the value of a header field stands on the wire.  [WAP-230 8.4.1.2]
+/// @file
+/// How the value of a header field stands on the wire.  [WAP-230 8.4.1.2]
 #ifndef MMSBRIX_WSP_VALUE_FORM_H
 #define MMSBRIX_WSP_VALUE_FORM_H
 

@@ -138,6 +138,54 @@ static void goes_to_the_relay(mmsbrix_message* message, const char* host, uint16
   mmsbrix_transport_free(transport);
 }
 
+/* The address of the relay's WAP gateway stands in its log. */
+static void find_gateway(char* host, unsigned* port) {
+  int found = 0;
+  while (!found) {
+    char line[200];
+    FILE* log = fopen("relay.log", "r");
+    while (!found && fgets(line, sizeof line, log) != NULL) {
+      found = sscanf(line, "listening on wap://%63[^:]:%u", host, port) == 2;
+    }
+    fclose(log);
+  }
+}
+
+static void goes_through_a_gateway(mmsbrix_message* message) {
+  mmsbrix_transport* transport = mmsbrix_transport_new();
+  mmsbrix_message* none = NULL;
+  mmsbrix_result_kind kind = 0;
+  uint32_t code = 0;
+  const char* text = NULL;
+  size_t length = 0;
+  char host[64];
+  unsigned port = 0;
+  int i = 0;
+  static const char url[] = "http://mmsc.example/mms";
+  find_gateway(host, &port);
+  CHECK(mmsbrix_transport_set_gateway(transport, host, Z, (uint16_t)port) == MMSBRIX_OK);
+  for (i = 0; i < 2; ++i) { /* in one session */
+    CHECK(mmsbrix_transport_send(transport, url, Z, message) == MMSBRIX_OK);
+    mmsbrix_transport_result(transport, &kind, &code, NULL, NULL, NULL, NULL);
+    CHECK(kind == MMSBRIX_RESULT_RESPONSE_STATUS && code == 0x80);
+  }
+  CHECK(mmsbrix_transport_fetch(transport, url, Z, &none) == MMSBRIX_NOT_SUPPORTED);
+
+  mmsbrix_transport_set_size_limit(transport, 10);
+  CHECK(mmsbrix_transport_send(transport, url, Z, message) == MMSBRIX_FAILED);
+  mmsbrix_transport_result(transport, &kind, &code, NULL, NULL, &text, &length);
+  CHECK(kind == MMSBRIX_RESULT_ERROR && code == 223 && length > 0);
+  mmsbrix_transport_set_size_limit(transport, 0);
+
+  /* Nobody listens at the discard port. */
+  mmsbrix_transport_set_gateway(transport, host, Z, 9);
+  CHECK(mmsbrix_transport_set_timeout(transport, 1) == MMSBRIX_OK);
+  CHECK(mmsbrix_transport_send(transport, url, Z, message) == MMSBRIX_FAILED);
+  mmsbrix_transport_result(transport, &kind, &code, NULL, NULL, &text, &length);
+  CHECK(kind == MMSBRIX_RESULT_ERROR && code == 12002 && strstr(text, "does not answer") != NULL);
+  mmsbrix_transport_free(transport);
+}
+
 static void answers_are_encoded(void) {
   static const unsigned char notification[] =
       "\x8C\x82\x98N\0\x8D\x92\x8A\x80\x8E\x01\x05\x88\x03\x81\x01\x05\x83http://h/1";
@@ -203,6 +251,7 @@ int main(int argc, char** argv) {
   message = compose(picture);
   reads_back_what_was_composed(message, argv[4]);
   goes_to_the_relay(message, argv[1], (uint16_t)atoi(argv[2]));
+  goes_through_a_gateway(message);
   mmsbrix_message_free(message);
   slides_become_a_presentation(picture);
   answers_are_encoded();

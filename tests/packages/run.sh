@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Makes the Debian packages of a build and installs, uses and removes them in a copy of this system
-# that vanishes afterwards: an overlay in a mount namespace, without network.
+# Makes the Debian packages of a build, has lintian look at them, and installs, uses and removes them in a
+# copy of this system that vanishes afterwards: an overlay in a mount namespace, without network.
 #   run.sh BUILD-FOLDER SOURCE-FOLDER
 # 77 where the system gives no namespace, which is a failure under CI=true.
 set -euo pipefail
@@ -10,6 +10,13 @@ if [ "${3:-}" != inside ]; then
   trap 'rm -rf "$debs"' EXIT
   (cd "$build" && cpack -G DEB -B "$debs" > "$debs/log" 2>&1) || { cat "$debs/log"; exit 1; }
   rm -rf "$debs/_CPack_Packages"
+  if command -v lintian >/dev/null; then
+    # Not at the static library of a build for debugging, which takes minutes: clean_debian.sh has a released one.
+    find "$debs" -name '*.deb' -not -name '*-dev_*' -exec lintian --allow-root --fail-on error,warning {} +
+  elif [ "${CI:-}" = true ]; then
+    echo "lintian is not installed"
+    exit 1
+  fi
   namespace=(unshare --mount --net --propagation private)
   [ "$(id -u)" -eq 0 ] || namespace+=(--map-root-user)
   if ! "${namespace[@]}" true 2>/dev/null; then

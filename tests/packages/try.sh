@@ -18,8 +18,20 @@ for subcommand in $(man mmsbrix | grep -o 'mmsbrix-[a-z]*(1)' | sort -u | sed 's
   MANWIDTH=200 man "mmsbrix-$subcommand" > page
   for option in $(grep -o -- '^  .*--[a-z-]*' help | grep -o -- '--[a-z-]*'); do said "$option" < page; done
 done
-bash -c 'source /usr/share/bash-completion/completions/mmsbrix; COMP_WORDS=(mmsbrix send --oper)
-  COMP_CWORD=2; _mmsbrix; echo "${COMPREPLY[@]}"' | said '^--operator$'
+# completed WORD...: what bash offers for the last word
+completed() {
+  bash -c 'source /usr/share/bash-completion/completions/mmsbrix; COMP_WORDS=(mmsbrix "$@")
+    COMP_CWORD=$#; compopt() { :; }; _mmsbrix; echo "${COMPREPLY[@]}"' completed "$@"
+}
+completed send --oper | said '^--operator$'
+completed compose -o x --priority '' | said '^low normal high$'
+completed compose --body = r | said '^related$'
+completed relay --status Error-uns | said '^Error-unspecified Error-unsupported-message$'
+completed relay --store /va | said '^/var$'
+completed send --url ht | said '^$'
+completed manual pre | said '^preview$'
+mmsbrix config work --url http://mmsc.example/ > log
+completed send --profile w | said '^work$'
 
 mmsbrix relay > relay.log &
 relay=$!
@@ -30,6 +42,9 @@ gcc examples/compose_and_send.c $(pkg-config --cflags --libs mmsbrix) -o in-c
   http://mmsc.example/mms 127.0.0.1:8080 | said '^sent: response status 0x80'
 g++ -std=c++20 examples/compose_and_send.cpp $(pkg-config --cflags --libs mmsbrix) -o in-cpp
 ./in-cpp +358401234567 examples/media/photo.jpg http://mmsc.example/mms 127.0.0.1 8080 | said '^sent: 0x80'
+g++ -std=c++20 -DMMSBRIX_STATIC examples/compose_and_send.cpp /usr/lib/libmmsbrix.a \
+  $(pkg-config --libs libcurl libxml-2.0) -o in-cpp-static
+./in-cpp-static +358401234567 examples/media/photo.jpg http://mmsc.example/mms 127.0.0.1 8080 | said '^sent: 0x80'
 kill "$relay"
 
 dpkg --purge python3-mmsbrix libmmsbrix-dev mmsbrix libmmsbrix1 > log 2>&1 || { cat log; exit 1; }

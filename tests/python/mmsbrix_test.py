@@ -97,6 +97,23 @@ class Conversation(unittest.TestCase):
         reply = got.reply(own="040 222 2222", text="Hi!")
         self.assertEqual((reply.to, reply.subject), (["+358401111111", "+358403333333"], "Re: Hi"))
 
+    def test_goes_through_a_gateway(self):
+        log = ""
+        while "wap://" not in log:
+            log = pathlib.Path("relay.log").read_text()
+        gateway = log.partition("wap://")[2].split()[0]
+        message = mmsbrix.Message(to=["+1"], text="x").attach(MEDIA / "photo.jpg")
+        with mmsbrix.Relay(URL, wap=gateway) as relay:
+            self.assertEqual(str(relay.send(message)), "response status 0x80")
+            with self.assertRaises(mmsbrix.MmsError):
+                relay.fetch()
+        with self.assertRaises(mmsbrix.RelayError) as caught:
+            message.send(URL, wap="127.0.0.1:9", timeout=0.5)
+        self.assertEqual((caught.exception.result.kind, caught.exception.result.code), ("error", 12002))
+        for wrong in ({"wap": gateway, "proxy": RELAY}, {"wap": ":1"}, {"proxy": "[::1]:x"}, {"timeout": 0}):
+            with self.assertRaises(ValueError):
+                mmsbrix.Relay(URL, **wrong)
+
     def test_failures_are_exceptions_with_their_result(self):
         with self.assertRaises(mmsbrix.RelayError) as caught:
             mmsbrix.fetch("http://mmsc.example/message/none", proxy=RELAY)

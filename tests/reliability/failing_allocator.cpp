@@ -1,7 +1,9 @@
 #include "failing_allocator.h"
 
 #include <libxml/parser.h>
+#include <malloc.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
@@ -15,9 +17,25 @@ thread_local bool counting = false;
 thread_local std::size_t seen = 0;
 thread_local std::size_t toFail = AllocationScope::kNone;
 std::atomic<long> live{0};
+thread_local std::size_t inUse = 0;  // of a scope; wraps where older blocks are released in it
+thread_local std::size_t highest = 0;
 
 bool failsNow() noexcept {
   return counting && seen++ == toFail;
+}
+
+void count(void* block) noexcept {
+  if (block == nullptr) return;
+  ++live;
+  if (!counting) return;
+  inUse += malloc_usable_size(block);
+  highest = std::max(highest, inUse);
+}
+
+void uncount(void* block) noexcept {
+  if (block == nullptr) return;
+  --live;
+  if (counting) inUse -= malloc_usable_size(block);
 }
 
 }  // namespace
@@ -25,6 +43,7 @@ bool failsNow() noexcept {
 AllocationScope::AllocationScope(std::size_t failing) noexcept {
   seen = 0;
   toFail = failing;
+  inUse = highest = 0;
   counting = true;
 }
 
@@ -34,6 +53,10 @@ AllocationScope::~AllocationScope() {
 
 std::size_t AllocationScope::count() const noexcept {
   return seen;
+}
+
+std::size_t AllocationScope::peak() const noexcept {
+  return highest;
 }
 
 long liveBlocks() noexcept {
@@ -52,19 +75,23 @@ void __real_free(void* block);
 
 void* __wrap_malloc(std::size_t size) {
   void* block = failsNow() ? nullptr : __real_malloc(size);
-  if (block != nullptr) ++live;
+  count(block);
   return block;
 }
 
 void* __wrap_realloc(void* block, std::size_t size) {
   if (failsNow()) return nullptr;
+  const std::size_t before = block == nullptr ? 0 : malloc_usable_size(block);
   void* moved = __real_realloc(block, size);
-  if (block == nullptr && moved != nullptr) ++live;
+  if (moved == nullptr) return nullptr;
+  if (block != nullptr) --live;
+  count(moved);
+  if (counting) inUse -= before;
   return moved;
 }
 
 void __wrap_free(void* block) {
-  if (block != nullptr) --live;
+  uncount(block);
   __real_free(block);
 }
 }

@@ -18,6 +18,9 @@ class AllocationScope {
   ~AllocationScope();
   /// Allocations so far, the one that failed included.
   [[nodiscard]] std::size_t count() const noexcept;
+  /// The most octets that were allocated at once since the scope began, rounded up as the heap
+  /// does; of this thread, in a scope that releases nothing older.
+  [[nodiscard]] std::size_t peak() const noexcept;
 };
 
 /// Blocks that are allocated and not yet released in this process.

@@ -18,6 +18,10 @@ struct LocalFree {
   void operator()(void* memory) const noexcept { ::LocalFree(memory); }
 };
 
+std::filesystem::path pathOf(const std::string& text) {
+  return std::u8string(text.begin(), text.end());
+}
+
 void set(const std::string& name, const std::optional<std::string>& value) {
   ::_putenv_s(name.c_str(), value.value_or("").c_str());
 }
@@ -30,14 +34,8 @@ void secure(const std::string& path, const wchar_t* text) {
     return;
   }
   const std::unique_ptr<void, LocalFree> owned(made);
-  BOOL present = FALSE;
-  BOOL defaulted = FALSE;
-  PACL list = nullptr;
-  ::GetSecurityDescriptorDacl(made, &present, &list, &defaulted);
-  std::wstring name = std::filesystem::path(path).wstring();
-  ::SetNamedSecurityInfoW(name.data(), SE_FILE_OBJECT,
-                          DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION, nullptr,
-                          nullptr, list, nullptr);
+  ::SetFileSecurityW(pathOf(path).c_str(),
+                     DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION, made);
 }
 
 }  // namespace
@@ -55,8 +53,8 @@ EnvironmentVariable::~EnvironmentVariable() {
 const char* const kTemporaryFolderVariable = "TMP";
 
 void makeLink(const std::string& target, const std::string& path) {
-  const std::filesystem::path link(path);
-  if (::CreateSymbolicLinkW(link.c_str(), std::filesystem::path(target).c_str(), 0) == 0) {
+  const std::filesystem::path link = pathOf(path);
+  if (::CreateSymbolicLinkW(link.c_str(), pathOf(target).c_str(), 0) == 0) {
     std::ofstream{link};
   }
 }
@@ -64,7 +62,7 @@ void makeLink(const std::string& target, const std::string& path) {
 void closeToOthers(const std::string& path) {
   PSID owner = nullptr;
   PSECURITY_DESCRIPTOR descriptor = nullptr;
-  std::wstring name = std::filesystem::path(path).wstring();
+  std::wstring name = pathOf(path).wstring();
   ::GetNamedSecurityInfoW(name.data(), SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, &owner, nullptr,
                           nullptr, nullptr, &descriptor);
   const std::unique_ptr<void, LocalFree> owned(descriptor);
@@ -82,7 +80,7 @@ bool isClosedToOthers(const std::string& path) {
   PSID owner = nullptr;
   PACL list = nullptr;
   PSECURITY_DESCRIPTOR descriptor = nullptr;
-  std::wstring name = std::filesystem::path(path).wstring();
+  std::wstring name = pathOf(path).wstring();
   if (::GetNamedSecurityInfoW(name.data(), SE_FILE_OBJECT,
                               OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION, &owner,
                               nullptr, &list, nullptr, &descriptor) != ERROR_SUCCESS) {
@@ -94,8 +92,10 @@ bool isClosedToOthers(const std::string& path) {
     void* entry = nullptr;
     ::GetAce(list, i, &entry);
     auto* allowed = static_cast<ACCESS_ALLOWED_ACE*>(entry);
-    if (allowed->Header.AceType == ACCESS_ALLOWED_ACE_TYPE &&
-        ::EqualSid(&allowed->SidStart, owner) == 0) {
+    PSID whose = &allowed->SidStart;
+    // The system itself may do everything anyway.
+    if (allowed->Header.AceType == ACCESS_ALLOWED_ACE_TYPE && ::EqualSid(whose, owner) == 0 &&
+        ::IsWellKnownSid(whose, WinLocalSystemSid) == 0) {
       return false;
     }
   }

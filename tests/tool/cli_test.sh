@@ -28,8 +28,8 @@ expect 0 "mmsbrix 0." "$mmsbrix" --version
 expect 0 "Exit status" "$mmsbrix" --help
 for verb in compose show send listen relay demo; do expect 0 "Options" "$mmsbrix" "$verb" --help; done
 expect 2 "" "$mmsbrix"
-expect 2 "" "$mmsbrix" frobnicate
-expect 2 "--output is required" "$mmsbrix" compose --to +1 --text hi
+expect 2 "mmsbrix: there is no frobnicate" "$mmsbrix" frobnicate
+expect 2 "mmsbrix compose: --output is required" "$mmsbrix" compose --to +1 --text hi
 expect 2 "--json excludes" "$mmsbrix" compose --json x --to +1 -o y
 expect 2 "" "$mmsbrix" compose --to +1 --text hi --priority urgent -o y
 expect 0 "" "$mmsbrix" compose --to +1 --to a@b.c --text hi --text 'ho ho' -o m.mms

@@ -23,7 +23,7 @@ namespace {
 std::string reasonFor(const std::string& path) {
   const std::string reason = host::fileError();  // before the next operation
   std::error_code ignored;
-  if (std::filesystem::is_directory(path, ignored)) return path + ": is a directory";
+  if (std::filesystem::is_directory(host::pathOf(path), ignored)) return path + ": is a directory";
   return path + ": " + (reason.empty() ? "cannot be read" : reason);
 }
 
@@ -134,7 +134,7 @@ bool parseEndpoint(std::string_view text, std::optional<std::uint16_t> defaultPo
 }
 
 std::optional<Credentials> readCredentials(const std::string& path, std::string& error) {
-  std::ifstream file(std::filesystem::path(path), std::ios::binary);
+  std::ifstream file(host::pathOf(path), std::ios::binary);
   std::string line;
   if (!file) {
     error = path + ": cannot be opened";
@@ -233,7 +233,7 @@ TemporaryFile::TemporaryFile(std::string_view content) {
   std::random_device random;
   for (int tries = 0; tries < kMostTries; ++tries) {
     const std::string path =
-        (folder / ("mmsbrix-" + std::to_string(random()) + std::to_string(random()))).string();
+        host::textOf(folder / ("mmsbrix-" + std::to_string(random()) + std::to_string(random())));
     const auto made = host::writeNewFile(path, content, host::Readers::ownerOnly);
     if (made == host::NewFile::exists) continue;
     if (made == host::NewFile::written) path_ = path;
@@ -243,7 +243,7 @@ TemporaryFile::TemporaryFile(std::string_view content) {
 
 TemporaryFile::~TemporaryFile() {
   std::error_code ignored;
-  if (!path_.empty()) std::filesystem::remove(path_, ignored);
+  if (!path_.empty()) std::filesystem::remove(host::pathOf(path_), ignored);
 }
 
 }  // namespace mmsbrix::tool

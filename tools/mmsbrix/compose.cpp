@@ -521,9 +521,11 @@ CLI::App* addCompose(CLI::App& app, ComposeCommand& command) {
   fields.push_back(
       compose
           ->add_option("--body", command.container,
-                       "single (one part, no multipart), mixed, related, or auto: related "
-                       "with a presentation, else mixed")
-          ->transform(CLI::CheckedTransformer(kContainers, CLI::ignore_case)));
+                       "single is one part and no multipart, auto is related with a presentation, "
+                       "else mixed")
+          ->transform(CLI::CheckedTransformer(kContainers, CLI::ignore_case)
+                          .description("{auto,single,mixed,related}"))
+          ->type_name("KIND"));
   for (CLI::Option* field : fields) field->excludes(json);
   compose->get_option("--own")->needs(compose->get_option("--reply"));
   // The body comes from one source.

@@ -14,6 +14,7 @@
 
 #include "compose.h"
 #include "extract.h"
+#include "host.h"
 #include "preview.h"
 #include "relay_http.h"
 #include "relay_server.h"
@@ -29,7 +30,8 @@ namespace fs = std::filesystem;
 // The folder of the demo: the one asked for, or a temporary one that goes away.
 class DemoFolder {
  public:
-  explicit DemoFolder(const std::string& wanted) : temporary_(wanted.empty()), path_(wanted) {
+  explicit DemoFolder(const std::string& wanted)
+      : temporary_(wanted.empty()), path_(host::pathOf(wanted)) {
     std::error_code error;
     if (temporary_) {
       path_ = fs::temp_directory_path(error) /
@@ -45,7 +47,9 @@ class DemoFolder {
     if (temporary_) fs::remove_all(path_, ignored);
   }
   [[nodiscard]] bool usable() const noexcept { return usable_; }
-  [[nodiscard]] std::string file(std::string_view name) const { return (path_ / name).string(); }
+  [[nodiscard]] std::string file(std::string_view name) const {
+    return host::textOf(path_ / host::pathOf(name));
+  }
 
  private:
   bool temporary_;
@@ -59,7 +63,7 @@ void heading(const Streams& streams, const std::string& text) {
 
 bool writeMedia(const DemoFolder& folder) {
   for (const SampleMedia& media : sampleMedia()) {
-    std::ofstream out(fs::path(folder.file(media.name)), std::ios::binary);
+    std::ofstream out(host::pathOf(folder.file(media.name)), std::ios::binary);
     out.write(reinterpret_cast<const char*>(media.octets.data()),
               static_cast<std::streamsize>(media.octets.size()));
     if (!out.flush()) return false;
@@ -73,7 +77,7 @@ bool sameMedia(const DemoFolder& folder) {
     if (media.name.ends_with(".txt")) continue;
     const std::string name =
         "extracted/MMSContent" + std::string(media.name.substr(media.name.rfind('.')));
-    std::ifstream in(fs::path(folder.file(name)), std::ios::binary);
+    std::ifstream in(host::pathOf(folder.file(name)), std::ios::binary);
     const std::string got{std::istreambuf_iterator<char>(in), {}};
     if (!std::ranges::equal(got, media.octets, [](char c, std::uint8_t octet) {
           return static_cast<std::uint8_t>(c) == octet;
@@ -137,7 +141,7 @@ int runDemo(const DemoCommand& command, const Streams& streams) {
   if (command.wap) options.wap.emplace();
   options.storeDirectory = folder.file("stored");
   std::error_code ignored;
-  fs::create_directories(options.storeDirectory, ignored);
+  fs::create_directories(host::pathOf(options.storeDirectory), ignored);
   std::string error;
   const auto relay = RelayServer::start(options, error);
   if (relay == nullptr) {
@@ -180,7 +184,7 @@ int runDemo(const DemoCommand& command, const Streams& streams) {
   if (!command.keep.empty()) {
     streams.out << preview.output << "  the page\n";
   } else {
-    streams.out << "and a page of " << fs::file_size(preview.output, ignored)
+    streams.out << "and a page of " << fs::file_size(host::pathOf(preview.output), ignored)
                 << " octets (--keep DIR keeps all of this)\n";
   }
   if (!command.keep.empty()) streams.out << "files kept in " << command.keep << '\n';

@@ -17,6 +17,8 @@
 #include <utility>
 #include <vector>
 
+#include "host.h"
+
 namespace mmsbrix::tool {
 namespace {
 
@@ -206,8 +208,9 @@ int runExtract(const ExtractCommand& command, const Streams& streams) {
   CMMsg message;
   if (!loadMessage(command.file, "extract", streams, message)) return kFailed;
   std::error_code error;
-  std::filesystem::create_directories(command.folder, error);
-  if (!std::filesystem::is_directory(command.folder)) {
+  const std::filesystem::path folder = host::pathOf(command.folder);
+  std::filesystem::create_directories(folder, error);
+  if (!std::filesystem::is_directory(folder, error)) {
     streams.err << "mmsbrix extract: " << printable(command.folder) << ": is no folder\n";
     return kFailed;
   }

@@ -3,6 +3,7 @@
 #ifndef MMSBRIX_TOOLS_HOST_H
 #define MMSBRIX_TOOLS_HOST_H
 
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,6 +25,16 @@ class Process {
  private:
   unsigned consoleCharset_ = 0;  // of before, 0 where there is nothing to give back
 };
+
+/// A path of the C++ library from its text, and the text of one; its own conversions depend on the
+/// locale.
+[[nodiscard]] inline std::filesystem::path pathOf(std::string_view text) {
+  return std::u8string(text.begin(), text.end());
+}
+[[nodiscard]] inline std::string textOf(const std::filesystem::path& path) {
+  const std::u8string text = path.u8string();
+  return {text.begin(), text.end()};
+}
 
 /// The program's arguments with its name in front; `argc` and `argv` are those of `main`.
 [[nodiscard]] std::vector<std::string> arguments(int argc, char** argv);

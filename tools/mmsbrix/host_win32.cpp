@@ -64,21 +64,35 @@ Sid ownSid() {
   return {octets, octets + ::GetLengthSid(sid)};
 }
 
-/// Lets the user of this process do everything and nobody else anything; null on failure.
-Local<ACL> ownerOnlyList(DWORD inheritance) {
-  Sid sid = ownSid();
-  if (sid.empty()) return nullptr;
-  EXPLICIT_ACCESSW access{};
-  access.grfAccessPermissions = FILE_ALL_ACCESS;
-  access.grfAccessMode = SET_ACCESS;
-  access.grfInheritance = inheritance;
-  access.Trustee.TrusteeForm = TRUSTEE_IS_SID;
-  access.Trustee.TrusteeType = TRUSTEE_IS_USER;
-  access.Trustee.ptstrName = reinterpret_cast<LPWSTR>(sid.data());
-  PACL list = nullptr;
-  if (::SetEntriesInAclW(1, &access, nullptr, &list) != ERROR_SUCCESS) return nullptr;
-  return Local<ACL>(list);
-}
+/// A description that lets the user of this process do everything and nobody else anything; what
+/// stands in the folder above gives nobody more.
+class OwnerOnly {
+ public:
+  explicit OwnerOnly(DWORD inheritance) {
+    Sid sid = ownSid();
+    if (sid.empty()) return;
+    EXPLICIT_ACCESSW access{};
+    access.grfAccessPermissions = FILE_ALL_ACCESS;
+    access.grfAccessMode = SET_ACCESS;
+    access.grfInheritance = inheritance;
+    access.Trustee.TrusteeForm = TRUSTEE_IS_SID;
+    access.Trustee.TrusteeType = TRUSTEE_IS_USER;
+    access.Trustee.ptstrName = reinterpret_cast<LPWSTR>(sid.data());
+    PACL list = nullptr;
+    if (::SetEntriesInAclW(1, &access, nullptr, &list) != ERROR_SUCCESS) return;
+    list_.reset(list);
+    made_ = ::InitializeSecurityDescriptor(&descriptor_, SECURITY_DESCRIPTOR_REVISION) != 0 &&
+            ::SetSecurityDescriptorDacl(&descriptor_, TRUE, list, FALSE) != 0 &&
+            ::SetSecurityDescriptorControl(&descriptor_, SE_DACL_PROTECTED, SE_DACL_PROTECTED) != 0;
+  }
+  /// Null when it could not be made.
+  [[nodiscard]] SECURITY_DESCRIPTOR* get() noexcept { return made_ ? &descriptor_ : nullptr; }
+
+ private:
+  SECURITY_DESCRIPTOR descriptor_{};
+  Local<ACL> list_;
+  bool made_ = false;
+};
 
 }  // namespace
 
@@ -152,22 +166,13 @@ std::string fileError() {
 }
 
 NewFile writeNewFile(const std::string& path, std::string_view content, Readers readers) {
-  SECURITY_DESCRIPTOR descriptor{};
-  SECURITY_ATTRIBUTES security{sizeof security, &descriptor, FALSE};
-  Local<ACL> list;
-  if (readers == Readers::ownerOnly) {
-    list = ownerOnlyList(NO_INHERITANCE);
-    if (list == nullptr ||
-        ::InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION) == 0 ||
-        ::SetSecurityDescriptorDacl(&descriptor, TRUE, list.get(), FALSE) == 0 ||
-        ::SetSecurityDescriptorControl(&descriptor, SE_DACL_PROTECTED, SE_DACL_PROTECTED) == 0) {
-      return NewFile::failed;
-    }
-  }
+  OwnerOnly owner(NO_INHERITANCE);
+  SECURITY_ATTRIBUTES security{sizeof security, owner.get(), FALSE};
+  const bool closed = readers == Readers::ownerOnly;
+  if (closed && security.lpSecurityDescriptor == nullptr) return NewFile::failed;
   const std::wstring name = wide(path);
-  const HANDLE file =
-      ::CreateFileW(name.c_str(), GENERIC_WRITE, 0, list == nullptr ? nullptr : &security,
-                    CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+  const HANDLE file = ::CreateFileW(name.c_str(), GENERIC_WRITE, 0, closed ? &security : nullptr,
+                                    CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file == INVALID_HANDLE_VALUE) {
     const DWORD error = ::GetLastError();
     return error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS ? NewFile::exists
@@ -190,16 +195,15 @@ NewFile writeNewFile(const std::string& path, std::string_view content, Readers 
 }
 
 bool closeToOthers(const std::string& path) {
-  std::wstring name = wide(path);
+  const std::wstring name = wide(path);
   const DWORD attributes = ::GetFileAttributesW(name.c_str());
   if (attributes == INVALID_FILE_ATTRIBUTES) return false;
   const bool folder = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-  const Local<ACL> list =
-      ownerOnlyList(folder ? SUB_CONTAINERS_AND_OBJECTS_INHERIT : NO_INHERITANCE);
-  return list != nullptr &&
-         ::SetNamedSecurityInfoW(name.data(), SE_FILE_OBJECT,
-                                 DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION,
-                                 nullptr, nullptr, list.get(), nullptr) == ERROR_SUCCESS;
+  OwnerOnly owner(folder ? SUB_CONTAINERS_AND_OBJECTS_INHERIT : NO_INHERITANCE);
+  return owner.get() != nullptr &&
+         ::SetFileSecurityW(name.c_str(),
+                            DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION,
+                            owner.get()) != 0;
 }
 
 // The groups that a machine's other users are in: an entry for one of them lets others read.

@@ -4,6 +4,7 @@
 
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
+#include <filesystem>
 #include <mutex>
 #include <ostream>
 
@@ -52,8 +53,15 @@ CLI::App* addListen(CLI::App& app, ListenCommand& command) {
       ->check(CLI::Range(0, 65535));
   listen->add_option("--count", command.count, "End after so many pushes");
   listen->add_option("--store", command.storeFolder, "Write the body of every push here")
-      ->type_name("FOLDER")
-      ->check(CLI::ExistingDirectory);
+      ->type_name("DIR")
+      ->check(CLI::Validator(
+          [](const std::string& folder) {
+            std::error_code ignored;
+            return std::filesystem::is_directory(host::pathOf(folder), ignored)
+                       ? std::string()
+                       : "no folder: " + folder;
+          },
+          ""));
   listen->add_flag("--trace", command.trace, "Print each datagram to standard error");
   return listen;
 }

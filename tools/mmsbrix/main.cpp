@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "command.h"
 #include "compose.h"
 #include "demo.h"
 #include "extract.h"
@@ -25,6 +26,24 @@
 #include "wsp_headers.h"
 
 namespace {
+
+/// Help and version on request; else says what is wrong with the arguments, and whose help tells
+/// more.
+int endParsing(const CLI::App& app, const CLI::ParseError& error) {
+  using namespace mmsbrix::tool;
+  if (error.get_exit_code() == 0) return app.exit(error);
+  std::string name = app.get_name();
+  for (auto chosen = app.get_subcommands(); !chosen.empty();
+       chosen = chosen.front()->get_subcommands()) {
+    name += " " + chosen.front()->get_name();
+  }
+  const bool unknown = app.get_subcommands().empty() && app.remaining_size() > 0;
+  std::cerr << name << ": "
+            << (unknown ? "there is no " + printable(app.remaining().front())
+                        : printable(error.what()))
+            << "\nTry '" << name << " --help'.\n";
+  return kWrongUsage;
+}
 
 int run(const std::vector<std::string>& arguments) {
   using namespace mmsbrix::tool;
@@ -69,7 +88,7 @@ int run(const std::vector<std::string>& arguments) {
   try {
     app.parse(static_cast<int>(texts.size()), texts.data());
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kDone : kWrongUsage;
+    return endParsing(app, error);
   }
   const Streams streams{std::cin, std::cout, std::cerr};
   int result = kWrongUsage;

@@ -1,14 +1,18 @@
 #include "manual.h"
 
+#include <mmsbrix/mms/inspector.h>
 #include <mmsbrix/version.h>
 
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
+#include <algorithm>
 #include <filesystem>
 #include <ostream>
 #include <sstream>
 #include <string_view>
 #include <vector>
+
+#include "host.h"
 
 namespace mmsbrix::tool {
 namespace {
@@ -58,7 +62,11 @@ void writeOptions(const CLI::App& app, std::ostream& out) {
         << roff(argument->get_description()) << '\n';
   }
   for (const CLI::Option* option : optionsOf(app, false)) {
-    out << ".TP\n.B " << roff(option->get_name(false, true));
+    std::string names = option->get_name(false, true);
+    if (const std::size_t comma = names.find(','); comma != std::string::npos) {
+      names.replace(comma, 1, ", ");
+    }
+    out << ".TP\n.B " << roff(names);
     if (const std::string value = valueOf(*option); !value.empty()) {
       out << " \\fI" << roff(value) << "\\fR";
     }
@@ -134,6 +142,54 @@ void writeSubcommandPage(const CLI::App& app, std::ostream& out) {
   out << ".SH SEE ALSO\n.BR mmsbrix (1)\n";
 }
 
+// What a value can be, from the name of its kind: "TEXT:{low,high}", "FILE".
+std::string choicesOf(const std::string& kind) {
+  if (kind == "STATUS") {
+    std::string statuses;
+    for (int status = 0x80; status <= 0xFF; ++status) {
+      const std::string name = responseStatusName(status);
+      if (!name.empty()) statuses += name + " ";
+    }
+    return statuses;
+  }
+  const std::size_t begin = kind.find('{');
+  if (begin == std::string::npos) return "";
+  std::string choices = kind.substr(begin + 1, kind.find('}') - begin - 1);
+  std::ranges::replace(choices, ',', ' ');
+  return choices;
+}
+
+// Shell commands that complete the value of an option; "" for one without a value.
+std::string completionOf(const CLI::Option& option) {
+  const std::string kind = valueOf(option);
+  if (kind.empty()) return "";
+  if (option.check_lname("profile")) {
+    return "words=$(mmsbrix config 2>/dev/null | sed -n 's/^\\[\\(.*\\)\\]$/\\1/p')";
+  }
+  if (kind.starts_with("FILE")) return "return";  // as bash does
+  if (kind == "DIR") return "mapfile -t COMPREPLY < <(compgen -d -- \"$current\"); return";
+  const std::string choices = choicesOf(kind);
+  if (choices.empty()) return "compopt +o default; return";
+  return "words='" + choices + "'";
+}
+
+// Cases for the word before: options of a subcommand and those nested in it.
+void writeValueCases(const CLI::App& app, const std::string& subcommand, std::ostream& out) {
+  for (const CLI::Option* option : optionsOf(app, false)) {
+    const std::string commands = completionOf(*option);
+    if (commands.empty()) continue;
+    std::string pattern;
+    for (const std::string& name : option->get_lnames()) {
+      pattern += "|'" + subcommand + " --" + name + "'";
+    }
+    for (const std::string& name : option->get_snames()) {
+      pattern += "|'" + subcommand + " -" + name + "'";
+    }
+    out << "    " << pattern.substr(1) << ") " << commands << " ;;\n";
+  }
+  for (const CLI::App* one : subcommandsOf(app)) writeValueCases(*one, subcommand, out);
+}
+
 // The words that may follow: nested subcommands and long options.
 std::string wordsOf(const CLI::App& app) {
   std::string words;
@@ -148,28 +204,41 @@ std::string wordsOf(const CLI::App& app) {
 
 void writeCompletion(const CLI::App& app, std::ostream& out) {
   std::string names;
-  out << "# bash completion for mmsbrix: subcommands and their options, files for all else\n"
+  for (const CLI::App* one : subcommandsOf(app)) names += one->get_name() + " ";
+  out << "# bash completion for mmsbrix: subcommands, their options and the values of these; files "
+         "for\n"
+         "# all else\n"
          "_mmsbrix() {\n"
-         "  local current=${COMP_WORDS[COMP_CWORD]} words=\n"
-         "  case ${COMP_WORDS[1]} in\n";
-  for (const CLI::App* one : subcommandsOf(app)) {
-    names += one->get_name() + " ";
-    out << "    " << one->get_name() << ") words='" << wordsOf(*one) << "' ;;\n";
-  }
-  out << "  esac\n"
-         "  [ \"$COMP_CWORD\" -gt 1 ] || words='"
-      << names << "--help --version'\n"
-      << "  COMPREPLY=()\n"
-         "  if [ \"$COMP_CWORD\" -le 2 ] || [[ $current == -* ]]; then\n"
-         "    mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$current\")\n"
+         "  local current=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD-1]} words=\n"
+         "  COMPREPLY=()\n"
+         "  # bash takes --option=value for three words\n"
+         "  if [ \"$current\" = = ]; then\n"
+         "    current=\n"
+         "  elif [ \"$before\" = = ]; then\n"
+         "    before=${COMP_WORDS[COMP_CWORD-2]}\n"
          "  fi\n"
+         "  case \"${COMP_WORDS[1]} $before\" in\n";
+  for (const CLI::App* one : subcommandsOf(app)) writeValueCases(*one, one->get_name(), out);
+  out << "    'manual manual') words='" << names << "--bash-completion --folder --help' ;;\n"
+      << "    *)\n"
+         "      [ \"$COMP_CWORD\" -le 2 ] || [[ $current == -* ]] || return\n"
+         "      case ${COMP_WORDS[1]} in\n";
+  for (const CLI::App* one : subcommandsOf(app)) {
+    out << "        " << one->get_name() << ") words='" << wordsOf(*one) << "' ;;\n";
+  }
+  out << "      esac\n"
+         "      [ \"$COMP_CWORD\" -gt 1 ] || words='"
+      << names << "--help --version'\n"
+      << "      ;;\n"
+         "  esac\n"
+         "  mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$current\")\n"
          "}\n"
          "complete -o default -F _mmsbrix mmsbrix\n";
 }
 
 int writeAll(const CLI::App& app, const std::string& folder, const Streams& streams) {
   std::error_code ignored;
-  std::filesystem::create_directories(folder, ignored);
+  std::filesystem::create_directories(host::pathOf(folder), ignored);
   const auto write = [&](const std::string& file, const auto& page) {
     std::ostringstream text;
     page(text);

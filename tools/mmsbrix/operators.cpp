@@ -135,7 +135,7 @@ CLI::App* addConfig(CLI::App& app, ConfigCommand& command) {
       "The profile named default is taken where no --url, --operator or --profile is given.");
   config->add_option("NAME", command.name, "The profile; all of them are listed without it");
   config->add_option("--url", command.changes.url, "The relay's URL")->type_name("URL");
-  config->add_option("--proxy", command.changes.proxy, "HTTP proxy")->type_name("HOST:PORT");
+  config->add_option("--proxy", command.changes.proxy, "HTTP proxy")->type_name("HOST[:PORT]");
   config->add_option("--user-agent", command.changes.userAgent, "User-Agent")->type_name("TEXT");
   config
       ->add_option("--profile-url", command.changes.profileUrl,

@@ -34,9 +34,9 @@ std::string profilesPath() {
 std::optional<Profiles> loadProfiles(std::string& error) {
   const std::string path = profilesPath();
   std::error_code failure;
-  if (path.empty() || !fs::exists(path, failure)) return Profiles();
+  if (path.empty() || !fs::exists(host::pathOf(path), failure)) return Profiles();
   host::closeToOthers(path);
-  std::ifstream file(fs::path(path), std::ios::binary);
+  std::ifstream file(host::pathOf(path), std::ios::binary);
   if (!file) {
     error = path + ": cannot be read";
     return std::nullopt;
@@ -70,8 +70,8 @@ bool saveProfiles(const Profiles& profiles, std::string& error) {
     return false;
   }
   std::error_code failure;
-  const fs::path folder = fs::path(path).parent_path();
-  if (fs::create_directories(folder, failure)) host::closeToOthers(folder.string());
+  const fs::path folder = host::pathOf(path).parent_path();
+  if (fs::create_directories(folder, failure)) host::closeToOthers(host::textOf(folder));
   std::string content = "# Profiles of mmsbrix; 'mmsbrix config' changes them.\n";
   for (const auto& [name, profile] : profiles) {
     content += "\n[" + name + "]\n";
@@ -81,11 +81,11 @@ bool saveProfiles(const Profiles& profiles, std::string& error) {
   }
   // Closed to others before the first octet is in it, and in its place when all of them are.
   const std::string fresh = path + ".new";
-  fs::remove(fresh, failure);
+  fs::remove(host::pathOf(fresh), failure);
   if (host::writeNewFile(fresh, content, host::Readers::ownerOnly) == host::NewFile::written) {
-    fs::rename(fresh, path, failure);
+    fs::rename(host::pathOf(fresh), host::pathOf(path), failure);
     if (!failure) return true;
-    fs::remove(fresh, failure);
+    fs::remove(host::pathOf(fresh), failure);
   }
   error = path + ": cannot be written";
   return false;

@@ -61,16 +61,17 @@ std::string nameStored(const std::filesystem::path& temporary, const std::string
   constexpr int kMostTries = 1000;
   std::error_code failure;
   for (int number = 0; number < kMostTries; ++number) {
-    std::string file = stem + (number == 0 ? "" : "-" + std::to_string(number)) + ".mms";
+    std::string text = stem + (number == 0 ? "" : "-" + std::to_string(number)) + ".mms";
+    const fs::path file = host::pathOf(text);
     fs::create_hard_link(temporary, file, failure);
     if (failure == std::errc::file_exists) continue;
     if (failure) {  // a file system without links
       if (fs::exists(file, failure)) continue;
       fs::rename(temporary, file, failure);
-      return failure ? std::string() : file;
+      return failure ? std::string() : text;
     }
     fs::remove(temporary, failure);
-    return file;
+    return text;
   }
   return {};
 }
@@ -80,7 +81,7 @@ std::string nameStored(const std::filesystem::path& temporary, const std::string
 std::string storeFile(const std::string& directory, std::uint64_t number,
                       const std::vector<std::uint8_t>& pdu) {
   namespace fs = std::filesystem;
-  const fs::path folder = directory;
+  const fs::path folder = host::pathOf(directory);
   const std::string name = std::to_string(std::time(nullptr)) + "-" +
                            std::to_string(host::processId()) + "-" + std::to_string(number);
   const fs::path temporary = folder / (name + ".part");
@@ -94,7 +95,7 @@ std::string storeFile(const std::string& directory, std::uint64_t number,
       return {};
     }
   }
-  std::string file = nameStored(temporary, (folder / name).string());
+  std::string file = nameStored(temporary, host::textOf(folder / name));
   if (file.empty()) fs::remove(temporary, failure);
   return file;
 }

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "host.h"
 #include "relay_desk.h"
 #include "relay_http.h"
 #include "relay_wap.h"
@@ -28,7 +29,7 @@ struct RelayServer::State {
 std::unique_ptr<RelayServer> RelayServer::start(RelayOptions options, std::string& error) {
   for (const std::string& directory : {options.storeDirectory, options.notifyDirectory}) {
     std::error_code failure;
-    if (!directory.empty()) std::filesystem::create_directories(directory, failure);
+    if (!directory.empty()) std::filesystem::create_directories(host::pathOf(directory), failure);
     if (failure) {
       error = directory + ": " + failure.message();
       return nullptr;

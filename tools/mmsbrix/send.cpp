@@ -5,12 +5,13 @@
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <CLI/Validators.hpp>
-#include <algorithm>
 #include <array>
 #include <chrono>
 #include <filesystem>
 #include <optional>
 #include <ostream>
+
+#include "host.h"
 
 namespace mmsbrix::tool {
 namespace {
@@ -60,7 +61,7 @@ Submission sendByWap(const SendCommand& command, const std::string& file, const 
     return {kWrongUsage, {}};
   }
   std::error_code error;
-  const std::uintmax_t octets = std::filesystem::file_size(file, error);
+  const std::uintmax_t octets = std::filesystem::file_size(host::pathOf(file), error);
   if (command.maxOctets != 0 && !error && octets > command.maxOctets) {
     return {kFailed, "the message has " + octetCount(octets) + ", the limit is " +
                          std::to_string(command.maxOctets)};
@@ -68,11 +69,7 @@ Submission sendByWap(const SendCommand& command, const std::string& file, const 
   const TraceScope trace(command.trace, streams.err);
   CMMSWap transport;
   if (command.timeoutSeconds != 0) {
-    WapTiming timing;
-    timing.overallLimit = std::chrono::seconds(command.timeoutSeconds);
-    timing.silenceLimit = std::min(timing.silenceLimit, timing.overallLimit);
-    timing.retryInterval = std::min(timing.retryInterval, timing.overallLimit / 4);
-    transport.SetTiming(timing);
+    transport.SetTiming(WapTiming::within(std::chrono::seconds(command.timeoutSeconds)));
   }
   const Connection connection(transport, host, port);
   const bool accepted =

@@ -55,7 +55,7 @@ void addSessionOptions(CLI::App& subcommand, SessionOptions& options) {
   subcommand
       .add_option("--proxy", options.proxy,
                   "HTTP proxy; none means a direct connection, port 80 when not given")
-      ->type_name("HOST:PORT");
+      ->type_name("HOST[:PORT]");
   subcommand
       .add_option("--credentials", options.credentialsFile,
                   "user:password in the first line of this file, instead of MMSBRIX_USER and "

@@ -11,6 +11,7 @@
 #include <ostream>
 #include <sstream>
 
+#include "host.h"
 #include "message_json.h"
 
 namespace mmsbrix::tool {
@@ -79,7 +80,8 @@ std::string lineOf(const HeaderField& field, bool secrets) {
 int decode(const WspCommand& command, const Streams& streams) {
   std::string error;
   std::error_code ignored;
-  const bool isFile = command.input == "-" || std::filesystem::exists(command.input, ignored);
+  const bool isFile =
+      command.input == "-" || std::filesystem::exists(host::pathOf(command.input), ignored);
   const auto octets = isFile ? readAll(command.input, streams.in, error) : fromHex(command.input);
   if (!octets) {
     streams.err << "mmsbrix wsp: "

@@ -50,7 +50,7 @@ void ExchangeCounts::set(std::uint64_t done, std::uint64_t total) noexcept {
 }
 
 unsigned watchExchange(const std::function<unsigned(ExchangeCounts&)>& exchange,
-                       const std::function<void()>& abort, std::uint64_t total,
+                       const std::function<void()>& cancel, std::uint64_t total,
                        const SendProgress& progress) {
   ExchangeCounts counts(total);
   if (!goesOn(progress, counts)) return kInternetOperationCancelled;
@@ -62,7 +62,7 @@ unsigned watchExchange(const std::function<unsigned(ExchangeCounts&)>& exchange,
   while (::WaitForMultipleObjects(2, either, FALSE, kTellMilliseconds) != WAIT_OBJECT_0) {
     if (goesOn(progress, counts)) continue;
     cancelled = true;
-    abort();
+    cancel();
     ::WaitForSingleObject(thread, INFINITE);
     break;
   }

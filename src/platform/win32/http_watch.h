@@ -31,10 +31,10 @@ class ExchangeCounts {
 };
 
 /// Runs `exchange` on a thread of its own while this one tells `progress` of its counts.  When that
-/// cancels it, `abort` is called, which must make `exchange` return soon.  The result of
+/// cancels it, `cancel` is called, which must make `exchange` return soon.  The result of
 /// `exchange`, or 12017 when it was cancelled; what it throws is thrown here.
 unsigned watchExchange(const std::function<unsigned(ExchangeCounts&)>& exchange,
-                       const std::function<void()>& abort, std::uint64_t total,
+                       const std::function<void()>& cancel, std::uint64_t total,
                        const SendProgress& progress);
 
 }  // namespace mmsbrix::platform

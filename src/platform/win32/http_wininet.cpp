@@ -153,7 +153,9 @@ class WinInetRequest final : public HttpRequest {
     if (status == 0) return kInternetConnectionAborted;  // closed without an answer
     queryHeaders();
     const std::optional<std::uint64_t> announced = announcedOctets();
+    ::SetLastError(ERROR_SUCCESS);
     const bool whole = readBody(announced.value_or(0), counts);
+    if (!whole && ::GetLastError() == kInternetTimeout) return kInternetTimeout;
     complete_ = whole && !lines_.empty() && (!announced || *announced == body_.size());
     status_ = status;
     return 0;

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <limits>
 #include <utility>
 
 #include "platform/ascii.h"
@@ -26,6 +27,8 @@ static_assert(kRequestFlags == 0x84400000);
 constexpr std::size_t kChunk = 16384;
 /// What a first look at the raw headers has room for.
 constexpr DWORD kFirstHeaderRoom = 256;
+/// Longest header block that is taken, in octets.
+constexpr DWORD kMaxReplyHeaderOctets = DWORD{256} << 10;
 /// How often one request is begun anew because the component asks for it.
 constexpr int kMaxAttempts = 10;
 
@@ -166,7 +169,8 @@ class WinInetRequest final : public HttpRequest {
     auto octets = static_cast<DWORD>(block.size());
     BOOL known =
         ::HttpQueryInfoA(handle_.get(), HTTP_QUERY_RAW_HEADERS, block.data(), &octets, nullptr);
-    if (known == FALSE && ::GetLastError() == ERROR_INSUFFICIENT_BUFFER) {
+    if (known == FALSE && ::GetLastError() == ERROR_INSUFFICIENT_BUFFER &&
+        octets <= kMaxReplyHeaderOctets) {
       block.resize(octets);
       known =
           ::HttpQueryInfoA(handle_.get(), HTTP_QUERY_RAW_HEADERS, block.data(), &octets, nullptr);
@@ -188,9 +192,9 @@ class WinInetRequest final : public HttpRequest {
       std::string_view text = std::string_view(line).substr(kLength.size());
       text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
       std::uint64_t number = 0;
-      if (std::from_chars(text.data(), text.data() + text.size(), number).ec == std::errc{}) {
-        octets = number;
-      }
+      const auto parsed = std::from_chars(text.data(), text.data() + text.size(), number);
+      // No body has the size that is no number.
+      octets = parsed.ec == std::errc{} ? number : std::numeric_limits<std::uint64_t>::max();
     }
     return octets;
   }

@@ -58,9 +58,18 @@ void CALLBACK onStatus(HINTERNET request, DWORD_PTR context, DWORD status, void*
                            HTTP_ADDREQ_FLAG_REPLACE);
 }
 
+// A request of Wine's component does not have those of its session.
+void setTimeouts(HINTERNET handle, DWORD milliseconds) noexcept {
+  for (const DWORD option : {INTERNET_OPTION_CONNECT_TIMEOUT, INTERNET_OPTION_SEND_TIMEOUT,
+                             INTERNET_OPTION_RECEIVE_TIMEOUT}) {
+    ::InternetSetOptionA(handle, option, &milliseconds, sizeof milliseconds);
+  }
+}
+
 /// What the requests of a session share.
 struct SessionState {
   InternetHandle handle;
+  DWORD stallMilliseconds = 0;
   bool usable = true;  ///< false when the proxy's text is no name of a host
 };
 
@@ -231,8 +240,11 @@ class WinInetRequest final : public HttpRequest {
 
 class WinInetConnection final : public HttpConnection {
  public:
-  WinInetConnection(InternetHandle handle, UrlParts server, bool usable)
-      : handle_(std::move(handle)), server_(std::move(server)), usable_(usable) {}
+  WinInetConnection(InternetHandle handle, UrlParts server, const SessionState& session)
+      : handle_(std::move(handle)),
+        server_(std::move(server)),
+        stallMilliseconds_(session.stallMilliseconds),
+        usable_(session.usable) {}
 
   unsigned id() const noexcept override { return id_; }
   std::unique_ptr<HttpRequest> openPost(const std::string& path,
@@ -252,11 +264,13 @@ class WinInetConnection final : public HttpConnection {
     InternetHandle request(::HttpOpenRequestA(handle_.get(), verb, path.c_str(), nullptr, nullptr,
                                               acceptTypes, flags, 0));
     if (!request) return nullptr;
+    setTimeouts(request.get(), stallMilliseconds_);
     return std::make_unique<WinInetRequest>(std::move(request), method, server_, usable_);
   }
 
   const InternetHandle handle_;
   const UrlParts server_;
+  const DWORD stallMilliseconds_;
   const bool usable_;
   const unsigned id_ = newHandleNumber();
 };
@@ -272,7 +286,7 @@ class WinInetSession final : public HttpSession {
         ::InternetConnectA(state_.handle.get(), bracketed(server.host).c_str(), server.port,
                            user.c_str(), password.c_str(), INTERNET_SERVICE_HTTP, 0, 0));
     if (!connection) return nullptr;
-    return std::make_unique<WinInetConnection>(std::move(connection), server, state_.usable);
+    return std::make_unique<WinInetConnection>(std::move(connection), server, state_);
   }
 
  private:
@@ -306,12 +320,9 @@ std::unique_ptr<HttpSession> HttpSession::open(const HttpSessionOptions& options
                                                 options.proxy.empty() ? nullptr : proxy.c_str(),
                                                 nullptr, INTERNET_FLAG_NO_CACHE_WRITE));
   if (!state.handle) return nullptr;
-  auto stallMilliseconds =
+  state.stallMilliseconds =
       static_cast<DWORD>(std::chrono::milliseconds(options.stallLimit).count());
-  for (const DWORD option : {INTERNET_OPTION_CONNECT_TIMEOUT, INTERNET_OPTION_SEND_TIMEOUT,
-                             INTERNET_OPTION_RECEIVE_TIMEOUT}) {
-    ::InternetSetOptionA(state.handle.get(), option, &stallMilliseconds, sizeof stallMilliseconds);
-  }
+  setTimeouts(state.handle.get(), state.stallMilliseconds);
   return std::make_unique<WinInetSession>(std::move(state));
 }
 

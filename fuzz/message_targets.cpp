@@ -9,6 +9,7 @@
 #include "mms/inspector.h"
 #include "mms/mmscodec.h"
 #include "platform/ascii.h"
+#include "support/parse_errors.h"
 #include "support/temporary_folder.h"
 #include "targets.h"
 #include "wsp/header_walker.h"

@@ -8,6 +8,7 @@
 #include "convert/slides.h"
 #include "smil/smilcodec.h"
 #include "support/messages.h"
+#include "support/parse_errors.h"
 #include "support/smil.h"
 #include "support/temporary_folder.h"
 

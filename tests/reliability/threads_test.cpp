@@ -17,6 +17,7 @@
 #include "smil/smilcodec.h"
 #include "support/messages.h"
 #include "support/mms_http.h"
+#include "support/parse_errors.h"
 #include "support/raw_server.h"
 #include "support/temporary_folder.h"
 #include "transport/mmshttp.h"
@@ -99,7 +100,7 @@ TEST(Threads, EachWithItsOwnObjectsWhileSinksAreReplaced) {
       std::this_thread::yield();
       setTraceSink({});
       setDiagnosticsSink({});
-      setParseErrorHandler({});
+      passOverParseErrors();
     }
   });
   race([&](unsigned i) {

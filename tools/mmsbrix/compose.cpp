@@ -22,6 +22,7 @@
 #include <set>
 
 #include "clock.h"
+#include "host.h"
 #include "message_check.h"
 #include "message_json.h"
 #include "recipient.h"
@@ -167,7 +168,7 @@ class Composer {
       if (command_.smilFile == "-")
         return problem("--smil takes a file, since its media are beside it");
       if (!loadSmil(command_.smilFile, none, smil, error)) return problem(error);
-      const std::size_t slash = command_.smilFile.rfind('/');
+      const std::size_t slash = command_.smilFile.find_last_of(host::kPathSeparators);
       if (slash != std::string::npos) {
         resolveSources(smil, command_.smilFile.substr(0, slash + 1));
       }
@@ -278,7 +279,7 @@ class Composer {
     }
     if (plan.type.empty()) plan.type = mediaTypeOfFile(path);
     if (plan.type.empty()) plan.type = "application/octet-stream";
-    if (plan.name.empty()) plan.name = path.substr(path.find_last_of('/') + 1);
+    if (plan.name.empty()) plan.name = path.substr(path.find_last_of(host::kPathSeparators) + 1);
     const bool isText = plan.type.starts_with("text/");
     const std::string_view octets(reinterpret_cast<const char*>(plan.content.GetContent()),
                                   static_cast<std::size_t>(plan.content.GetContentLen()));
@@ -402,7 +403,7 @@ bool fromJson(const ComposeCommand& command, const Streams& streams, CMMsg& mess
   if (description.is_object() && description.contains("message")) {
     description = Json(description["message"]);
   }
-  const std::size_t slash = command.jsonFile.find_last_of('/');
+  const std::size_t slash = command.jsonFile.find_last_of(host::kPathSeparators);
   const std::string folder = slash == std::string::npos ? "" : command.jsonFile.substr(0, slash);
   if (!readMessage(description, folder, command.force, message, error)) {
     problems.push_back(command.jsonFile + ": " + error);

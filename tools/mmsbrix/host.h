@@ -46,6 +46,8 @@ class Process {
 /// True when standard error is a terminal on which a line can be written over.
 [[nodiscard]] bool standardErrorIsTerminal();
 [[nodiscard]] unsigned processId() noexcept;
+/// What may stand between the parts of a path.
+extern const char kPathSeparators[];
 
 /// Forgets why an operation on a file failed, so that `fileError` tells of the next one.
 void forgetFileError() noexcept;

@@ -17,6 +17,8 @@
 
 namespace mmsbrix::tool::host {
 
+const char kPathSeparators[] = "/";
+
 Process::Process() {
   ::signal(SIGXFSZ, SIG_IGN);
 }

@@ -96,6 +96,8 @@ class OwnerOnly {
 
 }  // namespace
 
+const char kPathSeparators[] = "/\\:";
+
 Process::Process() {
   ::_setmode(::_fileno(stdin), _O_BINARY);
   ::_setmode(::_fileno(stdout), _O_BINARY);

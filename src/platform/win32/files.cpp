@@ -216,6 +216,11 @@ unsigned writeWholeFile(const char* path, std::span<const std::uint8_t> content)
   if (exists && (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY)) != 0) {
     return kErrorAccessDenied;
   }
+  if (exists) {
+    // As if it were written to: what a reader does not share stays as it is.
+    const File probe(target.open(GENERIC_WRITE, FILE_SHARE_READ, OPEN_EXISTING));
+    if (!probe.valid()) return ::GetLastError();
+  }
   const bool isLink = exists && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
   if (isLink || hasNoSize(target)) return overwrite(target, content);
   const unsigned failure = writeBesideAndRename(target, exists, content);

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <limits>
 #include <utility>
 
 #include "platform/ascii.h"
@@ -26,6 +27,8 @@ static_assert(kRequestFlags == 0x84400000);
 constexpr std::size_t kChunk = 16384;
 /// What a first look at the raw headers has room for.
 constexpr DWORD kFirstHeaderRoom = 256;
+/// Longest header block that is taken, in octets.
+constexpr DWORD kMaxReplyHeaderOctets = DWORD{256} << 10;
 /// How often one request is begun anew because the component asks for it.
 constexpr int kMaxAttempts = 10;
 
@@ -55,9 +58,18 @@ void CALLBACK onStatus(HINTERNET request, DWORD_PTR context, DWORD status, void*
                            HTTP_ADDREQ_FLAG_REPLACE);
 }
 
+// A request of Wine's component does not have those of its session.
+void setTimeouts(HINTERNET handle, DWORD milliseconds) noexcept {
+  for (const DWORD option : {INTERNET_OPTION_CONNECT_TIMEOUT, INTERNET_OPTION_SEND_TIMEOUT,
+                             INTERNET_OPTION_RECEIVE_TIMEOUT}) {
+    ::InternetSetOptionA(handle, option, &milliseconds, sizeof milliseconds);
+  }
+}
+
 /// What the requests of a session share.
 struct SessionState {
   InternetHandle handle;
+  DWORD stallMilliseconds = 0;
   bool usable = true;  ///< false when the proxy's text is no name of a host
 };
 
@@ -153,7 +165,9 @@ class WinInetRequest final : public HttpRequest {
     if (status == 0) return kInternetConnectionAborted;  // closed without an answer
     queryHeaders();
     const std::optional<std::uint64_t> announced = announcedOctets();
+    ::SetLastError(ERROR_SUCCESS);
     const bool whole = readBody(announced.value_or(0), counts);
+    if (!whole && ::GetLastError() == kInternetTimeout) return kInternetTimeout;
     complete_ = whole && !lines_.empty() && (!announced || *announced == body_.size());
     status_ = status;
     return 0;
@@ -164,7 +178,8 @@ class WinInetRequest final : public HttpRequest {
     auto octets = static_cast<DWORD>(block.size());
     BOOL known =
         ::HttpQueryInfoA(handle_.get(), HTTP_QUERY_RAW_HEADERS, block.data(), &octets, nullptr);
-    if (known == FALSE && ::GetLastError() == ERROR_INSUFFICIENT_BUFFER) {
+    if (known == FALSE && ::GetLastError() == ERROR_INSUFFICIENT_BUFFER &&
+        octets <= kMaxReplyHeaderOctets) {
       block.resize(octets);
       known =
           ::HttpQueryInfoA(handle_.get(), HTTP_QUERY_RAW_HEADERS, block.data(), &octets, nullptr);
@@ -186,9 +201,9 @@ class WinInetRequest final : public HttpRequest {
       std::string_view text = std::string_view(line).substr(kLength.size());
       text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
       std::uint64_t number = 0;
-      if (std::from_chars(text.data(), text.data() + text.size(), number).ec == std::errc{}) {
-        octets = number;
-      }
+      const auto parsed = std::from_chars(text.data(), text.data() + text.size(), number);
+      // No body has the size that is no number.
+      octets = parsed.ec == std::errc{} ? number : std::numeric_limits<std::uint64_t>::max();
     }
     return octets;
   }
@@ -225,8 +240,11 @@ class WinInetRequest final : public HttpRequest {
 
 class WinInetConnection final : public HttpConnection {
  public:
-  WinInetConnection(InternetHandle handle, UrlParts server, bool usable)
-      : handle_(std::move(handle)), server_(std::move(server)), usable_(usable) {}
+  WinInetConnection(InternetHandle handle, UrlParts server, const SessionState& session)
+      : handle_(std::move(handle)),
+        server_(std::move(server)),
+        stallMilliseconds_(session.stallMilliseconds),
+        usable_(session.usable) {}
 
   unsigned id() const noexcept override { return id_; }
   std::unique_ptr<HttpRequest> openPost(const std::string& path,
@@ -246,11 +264,13 @@ class WinInetConnection final : public HttpConnection {
     InternetHandle request(::HttpOpenRequestA(handle_.get(), verb, path.c_str(), nullptr, nullptr,
                                               acceptTypes, flags, 0));
     if (!request) return nullptr;
+    setTimeouts(request.get(), stallMilliseconds_);
     return std::make_unique<WinInetRequest>(std::move(request), method, server_, usable_);
   }
 
   const InternetHandle handle_;
   const UrlParts server_;
+  const DWORD stallMilliseconds_;
   const bool usable_;
   const unsigned id_ = newHandleNumber();
 };
@@ -266,7 +286,7 @@ class WinInetSession final : public HttpSession {
         ::InternetConnectA(state_.handle.get(), bracketed(server.host).c_str(), server.port,
                            user.c_str(), password.c_str(), INTERNET_SERVICE_HTTP, 0, 0));
     if (!connection) return nullptr;
-    return std::make_unique<WinInetConnection>(std::move(connection), server, state_.usable);
+    return std::make_unique<WinInetConnection>(std::move(connection), server, state_);
   }
 
  private:
@@ -300,12 +320,9 @@ std::unique_ptr<HttpSession> HttpSession::open(const HttpSessionOptions& options
                                                 options.proxy.empty() ? nullptr : proxy.c_str(),
                                                 nullptr, INTERNET_FLAG_NO_CACHE_WRITE));
   if (!state.handle) return nullptr;
-  auto stallMilliseconds =
+  state.stallMilliseconds =
       static_cast<DWORD>(std::chrono::milliseconds(options.stallLimit).count());
-  for (const DWORD option : {INTERNET_OPTION_CONNECT_TIMEOUT, INTERNET_OPTION_SEND_TIMEOUT,
-                             INTERNET_OPTION_RECEIVE_TIMEOUT}) {
-    ::InternetSetOptionA(state.handle.get(), option, &stallMilliseconds, sizeof stallMilliseconds);
-  }
+  setTimeouts(state.handle.get(), state.stallMilliseconds);
   return std::make_unique<WinInetSession>(std::move(state));
 }
 

@@ -133,9 +133,14 @@ void wspCapabilities(Input input) {
   if (!proposed || !answered) return;
   const auto holds = session::agree(*proposed, *answered);
   if (!holds) return;
+  // Where the server did not understand a proposal, what holds without one stays.
+  const auto most = [&](unsigned id, std::optional<std::uint8_t> wanted, std::uint8_t standing) {
+    const bool understood = (answered->unrecognised >> id & 1U) == 0;
+    return understood ? wanted.value_or(standing) : standing;
+  };
   const session::Agreement standing;
-  require(holds->methodMor <= proposed->methodMor.value_or(standing.methodMor) &&
-              holds->pushMor <= proposed->pushMor.value_or(standing.pushMor),
+  require(holds->methodMor <= most(0x03, proposed->methodMor, standing.methodMor) &&
+              holds->pushMor <= most(0x04, proposed->pushMor, standing.pushMor),
           "nobody agrees to more than was proposed");
   constexpr unsigned kReserved = 0x07;
   require((holds->protocolOptions & ~proposed->protocolOptions.value_or(0) & ~kReserved) == 0,

@@ -9,6 +9,7 @@
 #include "mms/inspector.h"
 #include "mms/mmscodec.h"
 #include "platform/ascii.h"
+#include "platform/files.h"
 #include "support/parse_errors.h"
 #include "support/temporary_folder.h"
 #include "targets.h"
@@ -175,11 +176,17 @@ void extraction(Input input) {
         require(part.error != 0, "a part without a file says why");
         continue;
       }
-      require(fs::path(part.path).parent_path() == fs::path(folder.string()).parent_path(),
+      // By the library's own files: a name may be in the system's code page.
+      const std::string_view path = part.path;
+      require(path.starts_with(folder.string()) &&
+                  path.find_first_of("/\\", folder.string().size()) == std::string_view::npos,
               "files are made in the folder and nowhere else");
-      require(fs::is_regular_file(fs::symlink_status(part.path)), "a part becomes a file");
-      require(fs::file_size(part.path) == part.octets, "a file has all of its part");
-      fs::remove(part.path);
+      {
+        const auto file = platform::InputFile::open(part.path.c_str());
+        require(file.has_value(), "a part becomes a file");
+        require(file->size() == part.octets, "a file has all of its part");
+      }
+      platform::removeFile(part.path.c_str());
     }
     require(fs::is_empty(folder), "extraction makes no file but those it names");
   }

@@ -74,6 +74,9 @@ bool hasForm(CMMsg& message) {
       if (!hasForm(address.Value()->Text())) return false;
     }
   }
+  // A multipart's name in other letters is a number to the encoder, and no multipart.
+  const CMMHdr* type = message.Content()->Headers()->Find(kContentTypeName);
+  if (type != nullptr && namesMultipart(type->Value()) && !isMultipart(type->Value())) return false;
   const char* id = message.GetTransactionId();
   return (id == nullptr || hasForm(id)) && hasForm(message.GetFrom()->Value()->Text()) &&
          (message.GetSubject() == nullptr || hasForm(message.GetSubject()->Text())) &&

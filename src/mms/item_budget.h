@@ -17,7 +17,7 @@ inline constexpr std::size_t kMaxItems = 20000;
 /// What decoding a PDU of n octets takes on the heap is at most `kMemoryPerOctet` * n +
 /// `kMemoryBesides` octets, a copy of the body included; what goes beyond is left out likewise.
 inline constexpr std::uint64_t kMemoryPerOctet = 3;
-inline constexpr std::uint64_t kMemoryBesides = 64 * 1024;
+inline constexpr std::uint64_t kMemoryBesides = std::uint64_t{64} << 10;
 
 class ItemBudget {
  public:
@@ -51,7 +51,7 @@ class ItemBudget {
 
  private:
   /// Of the memory besides: the beginnings of lists.
-  static constexpr std::uint64_t kUncounted = 4 * 1024;
+  static constexpr std::uint64_t kUncounted = std::uint64_t{4} << 10;
 
   std::size_t left_ = kMaxItems;
   std::uint64_t memory_ = std::numeric_limits<std::uint64_t>::max();

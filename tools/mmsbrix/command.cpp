@@ -106,7 +106,7 @@ std::string writeNewFile(const std::string& folder, const std::string& stem,
                          const std::string& extension, std::string_view content) {
   constexpr int kMostTries = 10000;
   for (int number = 1; number <= kMostTries; ++number) {
-    const std::string path =
+    std::string path =
         folder + "/" + stem + (number == 1 ? "" : " #" + std::to_string(number)) + extension;
     const auto made = host::writeNewFile(path, content, host::Readers::everybody);
     if (made == host::NewFile::written) return path;

@@ -20,7 +20,7 @@ class Process {
   Process();
   Process(const Process&) = delete;
   Process& operator=(const Process&) = delete;
-  ~Process();
+  ~Process();  // NOLINT(performance-trivially-destructible): there is a charset to give back
 
  private:
   unsigned consoleCharset_ = 0;  // of before, 0 where there is nothing to give back

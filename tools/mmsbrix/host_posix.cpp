@@ -35,7 +35,7 @@ std::optional<std::string> environment(const char* name) {
 }
 
 std::string settingsFolder() {
-  const std::string folder = environment("XDG_CONFIG_HOME").value_or("");
+  std::string folder = environment("XDG_CONFIG_HOME").value_or("");
   if (!folder.empty()) return folder;
   const std::string home = environment("HOME").value_or("");
   return home.empty() ? "" : home + "/.config";

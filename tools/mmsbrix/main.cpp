@@ -84,6 +84,7 @@ int run(const std::vector<std::string>& arguments) {
   CLI::App* wspApp = addWsp(app, wsp);
   CLI::App* manualApp = addManual(app, manual);
   std::vector<const char*> texts;
+  texts.reserve(arguments.size());
   for (const std::string& argument : arguments) texts.push_back(argument.c_str());
   try {
     app.parse(static_cast<int>(texts.size()), texts.data());

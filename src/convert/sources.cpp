@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/ascii.h"
+#include "platform/files.h"
 
 namespace mmsbrix {
 namespace {
@@ -61,7 +62,7 @@ std::string pathOfFileUrl(std::string_view source) {
     if (!host.empty() && !equalsIgnoringCase(host, "localhost")) return {};
     source.remove_prefix(slash);
   }
-  return percentDecoded(source);
+  return platform::pathFromUrlPath(percentDecoded(source));
 }
 
 }  // namespace mmsbrix

@@ -4,6 +4,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <time.h>
 
 #define Z MMSBRIX_ZERO_TERMINATED
 
@@ -138,17 +139,19 @@ static void goes_to_the_relay(mmsbrix_message* message, const char* host, uint16
   mmsbrix_transport_free(transport);
 }
 
-/* The address of the relay's WAP gateway stands in its log. */
-static void find_gateway(char* host, unsigned* port) {
+/* The address of the relay's WAP gateway stands in its log, which is written in due course. */
+static int find_gateway(char* host, unsigned* port) {
+  const time_t begin = time(NULL);
   int found = 0;
-  while (!found) {
+  while (!found && time(NULL) < begin + 10) {
     char line[200];
     FILE* log = fopen("relay.log", "r");
-    while (!found && fgets(line, sizeof line, log) != NULL) {
+    while (!found && log != NULL && fgets(line, sizeof line, log) != NULL) {
       found = sscanf(line, "listening on wap://%63[^:]:%u", host, port) == 2;
     }
-    fclose(log);
+    if (log != NULL) fclose(log);
   }
+  return found;
 }
 
 static void goes_through_a_gateway(mmsbrix_message* message) {
@@ -162,7 +165,7 @@ static void goes_through_a_gateway(mmsbrix_message* message) {
   unsigned port = 0;
   int i = 0;
   static const char url[] = "http://mmsc.example/mms";
-  find_gateway(host, &port);
+  CHECK(find_gateway(host, &port));
   CHECK(mmsbrix_transport_set_gateway(transport, host, Z, (uint16_t)port) == MMSBRIX_OK);
   for (i = 0; i < 2; ++i) { /* in one session */
     CHECK(mmsbrix_transport_send(transport, url, Z, message) == MMSBRIX_OK);

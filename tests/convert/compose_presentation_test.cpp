@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <filesystem>
 
 #include "convert/mmsconvert.h"
 #include "convert/slides.h"
@@ -170,6 +171,13 @@ TEST(ComposePresentation, MediaTypesAndCharsets) {
   }
 }
 
+// The URL of a folder, with a separator at its end; separators and drives have one form in URLs.
+std::string fileUrl(const TemporaryFolder& folder) {
+  std::string path = std::filesystem::path(folder.path()).generic_string();
+  if (!path.starts_with('/')) path.insert(0, 1, '/');
+  return "file://" + path;
+}
+
 TEST(ComposePresentation, WhatCannotBeReadFailsBeforeTheMessageIsTouched) {
   const TemporaryFolder folder;
   const std::string there = folder.put("there.jpg", "x");
@@ -189,8 +197,8 @@ TEST(ComposePresentation, WhatCannotBeReadFailsBeforeTheMessageIsTouched) {
   // What lies on a server stays there; a file URL is a file.
   OneSlide slide;
   slide.add("img", "http://127.0.0.1/a.jpg");
-  slide.add("img",
-            "file://" + folder.put("b c.jpg", "y").replace(folder.path().size() + 1, 1, "%20"));
+  folder.put("b c.jpg", "y");
+  slide.add("img", fileUrl(folder) + "b%20c.jpg");
   ASSERT_EQ(MMS_SmilToMMS(&slide.smil, &mms, 0), 1);
   EXPECT_THAT(parts(mms), ElementsAre(testing::HasSubstr("Content-ID=<b_20c.jpg>")));
   EXPECT_THAT(chars(*mms.Content()->Child(0)), testing::HasSubstr("\"http://127.0.0.1/a.jpg\""));

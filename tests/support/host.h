@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <system_error>
 
 namespace mmsbrix::test {
 
@@ -20,6 +21,11 @@ class EnvironmentVariable {
   const std::string name_;
   std::optional<std::string> before_;
 };
+
+/// What the system says of a file that is not there; its number is the same on both sides.
+inline std::string noSuchFile() {
+  return std::error_code(2, std::system_category()).message();
+}
 
 /// The variable that says where temporary files are.
 extern const char* const kTemporaryFolderVariable;

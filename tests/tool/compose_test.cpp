@@ -11,6 +11,7 @@
 #include "command_line.h"
 #include "message_json.h"
 #include "show.h"
+#include "support/host.h"
 #include "support/temporary_folder.h"
 
 namespace mmsbrix::test {
@@ -143,10 +144,11 @@ TEST(Compose, WhatMakesNoMessageIsRefusedWithTheReasonAndTheOldFileStays) {
   const TemporaryFolder folder;
   const std::string output = folder.put("out.mms", "old");
   const std::string latin = folder.put("latin.txt", "\xE4");
+  const std::string noFile = "none.jpg: " + noSuchFile();
   const auto cases = std::to_array<RefusalCase>({
       {"no recipient", [](auto& c) { c.to = c.cc = c.bcc = {}; }, "no recipient"},
       {"odd recipient", [](auto& c) { c.to = {"ann"}; }, "'ann' is no telephone number"},
-      {"missing file", [](auto& c) { c.attachments = {"none.jpg"}; }, "none.jpg: No such file"},
+      {"missing file", [](auto& c) { c.attachments = {"none.jpg"}; }, noFile.c_str()},
       {"folder", [&](auto& c) { c.attachments = {folder.path()}; }, "is a directory"},
       {"bad option", [](auto& c) { c.attachments = {"a;b=c"}; }, "'b=c' of a is none of"},
       {"nothing", [](auto& c) { c.texts = c.attachments = {}; }, "nothing to send"},

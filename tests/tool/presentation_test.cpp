@@ -11,6 +11,7 @@
 #include "extract.h"
 #include "preview.h"
 #include "smil_command.h"
+#include "support/host.h"
 #include "support/temporary_folder.h"
 
 namespace mmsbrix::test {
@@ -130,27 +131,24 @@ TEST(Presentation, ASmilFileBringsItsMediaFromItsOwnFolder) {
 
 struct RefusalCase {
   tool::ComposeCommand command;
-  const char* reason;
+  std::string reason;
 };
 
 TEST(Presentation, WhatCannotBeComposedIsRefused) {
   const TemporaryFolder folder;
-  const std::string broken = folder.put("broken.smil", "<smil>\n<body>\n</smil>");
   const std::string lacking =
       folder.put("lacking.smil", "<smil><body><img src=\"none.jpg\"/></body></smil>");
   tool::ComposeCommand base;
   base.to = {"+1"};
-  std::vector<RefusalCase> cases(5, {base, ""});
-  cases[4].command.slides = {"image=foo:missing.jpg"};  // a colon makes no URL
-  cases[4].reason = "foo:missing.jpg: No such file";
+  std::vector<RefusalCase> cases(4, {base, ""});
   cases[0].command.slides = {"text=a,image=none.jpg"};
-  cases[0].reason = "none.jpg: No such file";
+  cases[0].reason = "none.jpg: " + noSuchFile();
   cases[1].command.slides = {"txt=a"};
   cases[1].reason = "'txt=a' is none of text=";
-  cases[2].command.smilFile = broken;
-  cases[2].reason = "broken.smil: Error on line 3";
+  cases[2].command.slides = {"image=foo:missing.jpg"};  // a colon makes no URL
+  cases[2].reason = "foo:missing.jpg: " + noSuchFile();
   cases[3].command.smilFile = lacking;
-  cases[3].reason = "none.jpg: No such file";
+  cases[3].reason = "none.jpg: " + noSuchFile();
   for (RefusalCase& refused : cases) {
     refused.command.output = folder.path("out.mms");
     Caught caught;
@@ -158,6 +156,18 @@ TEST(Presentation, WhatCannotBeComposedIsRefused) {
     EXPECT_NE(caught.err.str().find(refused.reason), std::string::npos) << caught.err.str();
     EXPECT_FALSE(std::filesystem::exists(refused.command.output));
   }
+}
+
+TEST(Presentation, BrokenMarkupIsRefusedWithItsPlace) {
+  const TemporaryFolder folder;
+  tool::ComposeCommand command;
+  command.to = {"+1"};
+  command.smilFile = folder.put("broken.smil", "<smil>\n<body>\n</smil>");
+  command.output = folder.path("out.mms");
+  Caught caught;
+  EXPECT_EQ(runCompose(command, caught.streams()), 1);
+  EXPECT_NE(caught.err.str().find("broken.smil: Error on line 3"), std::string::npos);
+  EXPECT_FALSE(std::filesystem::exists(command.output));
 }
 
 TEST(SmilCommand, SaysWhereAndWhy) {

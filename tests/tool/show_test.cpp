@@ -7,6 +7,7 @@
 
 #include "command_line.h"
 #include "support/hex.h"
+#include "support/host.h"
 #include "support/temporary_folder.h"
 
 namespace mmsbrix::test {
@@ -85,7 +86,7 @@ TEST(Show, WhatIsNoPduIsRefusedWithOffsetAndReason) {
   EXPECT_EQ(tool::runShow({{folder.path("none"), folder.put("ok", bytes("8C 81"))}, false, false},
                           caught.streams()),
             1);
-  EXPECT_NE(caught.err.str().find("none: No such file"), std::string::npos);
+  EXPECT_NE(caught.err.str().find("none: " + noSuchFile()), std::string::npos);
   EXPECT_NE(caught.out.str().find("m-send-conf"), std::string::npos);  // the others are still shown
 }
 

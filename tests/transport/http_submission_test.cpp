@@ -210,82 +210,94 @@ TEST(HttpSubmission, RedirectIsFollowedButCredentialsStayBehind) {
   }
 }
 
-TEST(HttpSubmission, OddAnswers) {
-  const std::string type = std::string("Content-Type: ") + kMmsType + "\r\n";
-  const std::string length = "Content-Length: " + std::to_string(kSendConfOk.size()) + "\r\n";
-  const std::string body = "\r\n" + kSendConfOk;
-  struct Case {
-    const char* name;
-    std::vector<std::string> pieces;
-    bool accepted;
-    unsigned long code;
-  };
-  for (const Case& c : std::vector<Case>{
-           {"type in another case with parameters",
-            {httpAnswer(kSendConfOk, "Application/VND.WAP.MMS-Message; charset=utf-8")},
-            true,
-            0x80},
-           {"blanks before the type",
-            {"HTTP/1.1 200 OK\r\ncontent-type:   " + std::string(kMmsType) + "\r\n" + length +
-             body},
-            true,
-            0x80},
-           {"no type", {httpAnswer(kSendConfOk, "")}, false, 200},
-           {"type that only ends alike",
-            {httpAnswer(kSendConfOk, "x" + std::string(kMmsType))},
-            false,
-            200},
-           {"no length, body up to the close", {"HTTP/1.1 200 OK\r\n" + type + body}, true, 0x80},
-           {"chunks in pieces, with a trailer",
-            {"HTTP/1.1 200 OK\r\n" + type + "Transfer-Encoding: chunked\r\n\r\n3\r\n",
-             kSendConfOk.substr(0, 3), "\r\nC\r\n" + kSendConfOk.substr(3, 4),
-             kSendConfOk.substr(7) + "\r\n0\r\nX-Status: HTTP/1.1 500\r\n\r\n"},
-            true,
-            0x80},
-           {"chunks that break off",
-            {"HTTP/1.1 200 OK\r\n" + type + "Transfer-Encoding: chunked\r\n\r\n3\r\n",
-             kSendConfOk.substr(0, 3)},
-            false,
-            200},
-           {"interim answer first",
-            {"HTTP/1.1 100 Continue\r\n\r\n", httpAnswer(kSendConfOk)},
-            true,
-            0x80},
-           {"only an interim answer", {"HTTP/1.1 100 Continue\r\n\r\n"}, false, 12030},
-           {"folded header",
-            {"HTTP/1.1 200 OK\r\nX-Long: a\r\n\tb: c\r\n" + type + length + body},
-            true,
-            0x80},
-           {"first header line without a colon",
-            {"HTTP/1.1 200 OK\r\nno colon here\r\n" + type + length + body},
-            false,
-            200},
-           {"later header line without a colon",
-            {"HTTP/1.1 200 OK\r\n" + type + length + "no colon here\r\n" + body},
-            false,
-            200},
-           {"headers cut short", {"HTTP/1.1 200 OK\r\n" + type + "Content-Len"}, false, 200},
-           {"length beyond the body",
-            {"HTTP/1.1 200 OK\r\n" + type + "Content-Length: 99\r\n" + body},
-            false,
-            200},
-           {"length that is no number",
-            {"HTTP/1.1 200 OK\r\n" + type + "Content-Length: x\r\n" + body},
-            false,
-            200},
-           {"status line cut short", {"HTTP/1.1 2"}, false, 12030},
-           {"no HTTP at all", {"SSH-2.0-server\r\n"}, false, 12152},
-           {"endless headers",
-            {"HTTP/1.1 404 Not Found\r\n" + std::string(90000, 'a') + ": b\r\n",
-             std::string(90000, 'c') + ": d\r\n", std::string(90000, 'e') + ": f\r\n\r\n"},
-            false,
-            404},
-       }) {
+struct AnswerCase {
+  const char* name;
+  std::vector<std::string> pieces;
+  bool accepted;
+  unsigned long code;
+};
+
+void expectResults(const std::vector<AnswerCase>& cases) {
+  for (const AnswerCase& c : cases) {
     RawServer server(RawReply{c.pieces, true});
     Submission submission;
     EXPECT_EQ(submission.send(server.url()), c.accepted) << c.name;
     EXPECT_EQ(submission.code(), c.code) << c.name;
   }
+}
+
+TEST(HttpSubmission, OddAnswers) {
+  const std::string type = std::string("Content-Type: ") + kMmsType + "\r\n";
+  const std::string length = "Content-Length: " + std::to_string(kSendConfOk.size()) + "\r\n";
+  const std::string body = "\r\n" + kSendConfOk;
+  expectResults({
+      {"type in another case with parameters",
+       {httpAnswer(kSendConfOk, "Application/VND.WAP.MMS-Message; charset=utf-8")},
+       true,
+       0x80},
+      {"blanks before the type",
+       {"HTTP/1.1 200 OK\r\ncontent-type:   " + std::string(kMmsType) + "\r\n" + length + body},
+       true,
+       0x80},
+      {"no type", {httpAnswer(kSendConfOk, "")}, false, 200},
+      {"type that only ends alike",
+       {httpAnswer(kSendConfOk, "x" + std::string(kMmsType))},
+       false,
+       200},
+      {"no length, body up to the close", {"HTTP/1.1 200 OK\r\n" + type + body}, true, 0x80},
+      {"chunks in pieces, with a trailer",
+       {"HTTP/1.1 200 OK\r\n" + type + "Transfer-Encoding: chunked\r\n\r\n3\r\n",
+        kSendConfOk.substr(0, 3), "\r\nC\r\n" + kSendConfOk.substr(3, 4),
+        kSendConfOk.substr(7) + "\r\n0\r\nX-Status: HTTP/1.1 500\r\n\r\n"},
+       true,
+       0x80},
+      {"chunks that break off",
+       {"HTTP/1.1 200 OK\r\n" + type + "Transfer-Encoding: chunked\r\n\r\n3\r\n",
+        kSendConfOk.substr(0, 3)},
+       false,
+       200},
+      {"interim answer first",
+       {"HTTP/1.1 100 Continue\r\n\r\n", httpAnswer(kSendConfOk)},
+       true,
+       0x80},
+      {"folded header",
+       {"HTTP/1.1 200 OK\r\nX-Long: a\r\n\tb: c\r\n" + type + length + body},
+       true,
+       0x80},
+      {"headers cut short", {"HTTP/1.1 200 OK\r\n" + type + "Content-Len"}, false, 200},
+      {"length beyond the body",
+       {"HTTP/1.1 200 OK\r\n" + type + "Content-Length: 99\r\n" + body},
+       false,
+       200},
+      {"length that is no number",
+       {"HTTP/1.1 200 OK\r\n" + type + "Content-Length: x\r\n" + body},
+       false,
+       200},
+      {"status line cut short", {"HTTP/1.1 2"}, false, 12030},
+      {"endless headers",
+       {"HTTP/1.1 404 Not Found\r\n" + std::string(90000, 'a') + ": b\r\n",
+        std::string(90000, 'c') + ": d\r\n", std::string(90000, 'e') + ": f\r\n\r\n"},
+       false,
+       404},
+  });
+}
+
+TEST(HttpSubmission, AnswersThatAreNone) {
+  const std::string type = std::string("Content-Type: ") + kMmsType + "\r\n";
+  const std::string length = "Content-Length: " + std::to_string(kSendConfOk.size()) + "\r\n";
+  const std::string body = "\r\n" + kSendConfOk;
+  expectResults({
+      {"only an interim answer", {"HTTP/1.1 100 Continue\r\n\r\n"}, false, 12030},
+      {"first header line without a colon",
+       {"HTTP/1.1 200 OK\r\nno colon here\r\n" + type + length + body},
+       false,
+       200},
+      {"later header line without a colon",
+       {"HTTP/1.1 200 OK\r\n" + type + length + "no colon here\r\n" + body},
+       false,
+       200},
+      {"no HTTP at all", {"SSH-2.0-server\r\n"}, false, 12152},
+  });
 }
 
 TEST(HttpSubmission, AnswerOverTheCapIsNoDelivery) {

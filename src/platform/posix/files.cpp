@@ -247,6 +247,10 @@ std::string temporaryFolder() {
   return folder;
 }
 
+std::string pathFromUrlPath(std::string path) {
+  return path;
+}
+
 bool isPathSeparator(char c) noexcept {
   return c == '/';
 }

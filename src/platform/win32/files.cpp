@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/ascii.h"
 #include "platform/win32/path.h"
 
 namespace mmsbrix::platform {
@@ -252,6 +253,13 @@ std::string temporaryFolder() {
   char folder[MAX_PATH + 1] = {};
   const DWORD length = ::GetTempPathA(sizeof folder, folder);
   return length > 0 && length < sizeof folder ? std::string(folder, length) : std::string(".\\");
+}
+
+std::string pathFromUrlPath(std::string path) {
+  const bool hasDrive = path.size() >= 3 && path[0] == '/' && foldAscii(path[1]) >= 'a' &&
+                        foldAscii(path[1]) <= 'z' && path[2] == ':';
+  if (hasDrive) path.erase(0, 1);
+  return path;
 }
 
 bool isPathSeparator(char c) noexcept {

@@ -66,6 +66,27 @@ void setTimeouts(HINTERNET handle, DWORD milliseconds) noexcept {
   }
 }
 
+/// How long nothing has come from the peer.  Wine's component calls a peer that says nothing for
+/// too long one that has closed.
+class Silence {
+ public:
+  explicit Silence(DWORD limitMilliseconds) noexcept : limit_(limitMilliseconds) {}
+  void begin() noexcept { since_ = ::GetTickCount64(); }
+  [[nodiscard]] bool tooLong() const noexcept {
+    return ::GetTickCount64() - since_ + kClockStep >= limit_;
+  }
+  /// The error that the component's stands for.
+  [[nodiscard]] unsigned named(unsigned error) const noexcept {
+    return error == kInternetConnectionAborted && tooLong() ? kInternetTimeout : error;
+  }
+
+ private:
+  /// What the system's clocks are apart at most, in milliseconds.
+  static constexpr ULONGLONG kClockStep = 20;
+  const ULONGLONG limit_;
+  ULONGLONG since_ = ::GetTickCount64();
+};
+
 /// What the requests of a session share.
 struct SessionState {
   InternetHandle handle;
@@ -77,8 +98,12 @@ enum class Method { post, get };
 
 class WinInetRequest final : public HttpRequest {
  public:
-  WinInetRequest(InternetHandle handle, Method method, UrlParts server, bool usable)
-      : handle_(std::move(handle)), method_(method), server_(std::move(server)), usable_(usable) {}
+  WinInetRequest(InternetHandle handle, Method method, UrlParts server, const SessionState& session)
+      : handle_(std::move(handle)),
+        method_(method),
+        server_(std::move(server)),
+        usable_(session.usable),
+        silence_(session.stallMilliseconds) {}
 
   unsigned id() const noexcept override { return id_; }
   unsigned status() const noexcept override { return status_; }
@@ -103,11 +128,12 @@ class WinInetRequest final : public HttpRequest {
     if (!usable_) return kInternetNameNotResolved;
     if (headers.find("Authorization:") != std::string::npos) watchRedirects();
     if (!progress) {
+      silence_.begin();
       const BOOL sent = ::HttpSendRequestA(
           handle_.get(), headers.empty() ? nullptr : headers.c_str(),
           headers.empty() ? 0 : static_cast<DWORD>(-1), const_cast<std::uint8_t*>(body.data()),
           static_cast<DWORD>(body.size()));
-      return sent == FALSE ? lastError() : receive(nullptr);
+      return sent == FALSE ? silence_.named(lastError()) : receive(nullptr);
     }
     return watchExchange(
         [&](ExchangeCounts& counts) {
@@ -146,9 +172,10 @@ class WinInetRequest final : public HttpRequest {
         done += put;
         counts.set(done, body.size());
       }
+      silence_.begin();
       if (::HttpEndRequestA(handle_.get(), nullptr, 0, 0) != FALSE) return 0;
       // An answer to a challenge, or another address, means the same request once more.
-      if (::GetLastError() != ERROR_INTERNET_FORCE_RETRY) return lastError();
+      if (::GetLastError() != ERROR_INTERNET_FORCE_RETRY) return silence_.named(lastError());
     }
     return kHttpRedirectFailed;
   }
@@ -162,13 +189,12 @@ class WinInetRequest final : public HttpRequest {
                          &octets, nullptr) == FALSE) {
       return kHttpInvalidServerResponse;
     }
-    if (status == 0) return kInternetConnectionAborted;  // closed without an answer
+    if (status == 0) return silence_.named(kInternetConnectionAborted);  // there is no answer
     queryHeaders();
     const std::optional<std::uint64_t> announced = announcedOctets();
-    ::SetLastError(ERROR_SUCCESS);
-    const bool whole = readBody(announced.value_or(0), counts);
-    if (!whole && ::GetLastError() == kInternetTimeout) return kInternetTimeout;
-    complete_ = whole && !lines_.empty() && (!announced || *announced == body_.size());
+    const unsigned error = readBody(announced.value_or(0), counts);
+    if (error == kInternetTimeout) return error;
+    complete_ = error == 0 && !lines_.empty() && (!announced || *announced == body_.size());
     status_ = status;
     return 0;
   }
@@ -208,28 +234,33 @@ class WinInetRequest final : public HttpRequest {
     return octets;
   }
 
-  // False when it broke off or is too large.
-  bool readBody(std::uint64_t announced, ExchangeCounts* counts) {
-    DWORD ready = 0;
-    while (::InternetQueryDataAvailable(handle_.get(), &ready, 0, 0) != FALSE) {
-      if (ready == 0) return true;
+  // 0 at the end of the body; the error when it broke off, is too large or goes on too slowly.
+  unsigned readBody(std::uint64_t announced, ExchangeCounts* counts) {
+    for (;;) {
+      silence_.begin();
+      DWORD ready = 0;
+      if (::InternetQueryDataAvailable(handle_.get(), &ready, 0, 0) == FALSE) {
+        return silence_.named(lastError());
+      }
       const std::size_t before = body_.size();
-      if (ready > kMaxReplyOctets - before) return false;
+      if (ready > kMaxReplyOctets - before) return kHttpInvalidServerResponse;
       body_.resize(before + ready);
       DWORD got = 0;
-      const BOOL read = ::InternetReadFile(handle_.get(), body_.data() + before, ready, &got);
+      const BOOL read =
+          ready == 0 || ::InternetReadFile(handle_.get(), body_.data() + before, ready, &got);
+      const unsigned error = read == FALSE ? lastError() : 0;
       body_.resize(before + got);
-      if (read == FALSE) return false;
-      if (got == 0) return true;
+      if (error != 0) return silence_.named(error);
+      if (got == 0) return silence_.tooLong() ? kInternetTimeout : 0;
       if (counts != nullptr) counts->set(body_.size(), announced);
     }
-    return false;
   }
 
   InternetHandle handle_;
   const Method method_;
   const UrlParts server_;
   const bool usable_;
+  Silence silence_;
   const unsigned id_ = newHandleNumber();
   unsigned status_ = 0;
   std::vector<std::string> lines_;
@@ -243,8 +274,7 @@ class WinInetConnection final : public HttpConnection {
   WinInetConnection(InternetHandle handle, UrlParts server, const SessionState& session)
       : handle_(std::move(handle)),
         server_(std::move(server)),
-        stallMilliseconds_(session.stallMilliseconds),
-        usable_(session.usable) {}
+        session_(session) {}
 
   unsigned id() const noexcept override { return id_; }
   std::unique_ptr<HttpRequest> openPost(const std::string& path,
@@ -264,14 +294,13 @@ class WinInetConnection final : public HttpConnection {
     InternetHandle request(::HttpOpenRequestA(handle_.get(), verb, path.c_str(), nullptr, nullptr,
                                               acceptTypes, flags, 0));
     if (!request) return nullptr;
-    setTimeouts(request.get(), stallMilliseconds_);
-    return std::make_unique<WinInetRequest>(std::move(request), method, server_, usable_);
+    setTimeouts(request.get(), session_.stallMilliseconds);
+    return std::make_unique<WinInetRequest>(std::move(request), method, server_, session_);
   }
 
   const InternetHandle handle_;
   const UrlParts server_;
-  const DWORD stallMilliseconds_;
-  const bool usable_;
+  const SessionState& session_;
   const unsigned id_ = newHandleNumber();
 };
 

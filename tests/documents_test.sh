@@ -23,7 +23,7 @@ elsewhere=(
   "scripts/test|.ci/run|scripts/test"
   "scripts/check|.ci/run|scripts/check"
   "scripts/fuzz|.ci/run|scripts/fuzz"
-  "scripts/windows|brings a compiler and Wine of its own"
+  ".ci/run|scripts/windows"
   "scripts/tidy|takes an hour"
   "scripts/bench|wants a quiet machine"
   "scripts/setup build|scripts/demo|scripts/setup build"

@@ -71,8 +71,8 @@ void removeFile(const char* path) noexcept;
 std::string temporaryFolder();
 /// What a path of the platform may separate its parts with.
 [[nodiscard]] bool isPathSeparator(char c) noexcept;
-/// The path of this platform that the path in a file URL stands for, once it is decoded: where there
-/// are drives, "/C:/a.jpg" is "C:/a.jpg" (RFC 8089, appendix E.2).
+/// The path of this platform that the path in a file URL stands for, once it is decoded: where
+/// there are drives, "/C:/a.jpg" is "C:/a.jpg" (RFC 8089, appendix E.2).
 [[nodiscard]] std::string pathFromUrlPath(std::string path);
 
 }  // namespace mmsbrix::platform

@@ -272,9 +272,7 @@ class WinInetRequest final : public HttpRequest {
 class WinInetConnection final : public HttpConnection {
  public:
   WinInetConnection(InternetHandle handle, UrlParts server, const SessionState& session)
-      : handle_(std::move(handle)),
-        server_(std::move(server)),
-        session_(session) {}
+      : handle_(std::move(handle)), server_(std::move(server)), session_(session) {}
 
   unsigned id() const noexcept override { return id_; }
   std::unique_ptr<HttpRequest> openPost(const std::string& path,

@@ -27,6 +27,7 @@ constexpr auto kTargets = std::to_array<Target>({
     {"http_reply", httpReply},
     {"wtp_datagrams", wtpDatagrams},
     {"wsp_session", wspSession},
+    {"wsp_server", wspServer},
 });
 
 Octets completeMessage() {

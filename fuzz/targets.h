@@ -26,6 +26,7 @@ void extraction(Input input);       ///< every part into a scratch folder
 void httpReply(Input input);        ///< answer of a relay, through a stub of the HTTP seam
 void wtpDatagrams(Input input);     ///< endpoint under a script of datagrams, requests and time
 void wspSession(Input input);       ///< client session under the same
+void wspServer(Input input);        ///< server sessions under the same
 void composeJson(Input input);      ///< description of `compose`
 
 struct Target {

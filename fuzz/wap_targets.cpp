@@ -5,6 +5,7 @@
 
 #include "targets.h"
 #include "wapstack/wsp_client.h"
+#include "wapstack/wsp_server.h"
 
 namespace mmsbrix::fuzz {
 namespace {
@@ -332,6 +333,153 @@ void wspSession(Input input) {
     drain(now);
   }
   settle(client, now, drain);
+}
+
+namespace {
+
+/// A server, and what it owes its user.
+class ServerRun {
+ public:
+  explicit ServerRun(const wtp::Settings& settings) : server_(settings, 1) {}
+
+  void receive(const WdpAddress& peer, Input octets) {
+    server_.receive(peer, octets, now_);
+    drain();
+  }
+  void receive(std::string_view octets) { receive(peerOf(0), asOctets(octets)); }
+  void accept() {
+    server_.accept(session_, {}, now_);
+    drain();
+  }
+  void reply(Input body) {
+    server_.reply(method_, 0x20, asOctets(std::string_view("\xBE")), body, now_);
+    drain();
+  }
+  void confirmedPush(Input body) {
+    wtp::Handle id = 0;
+    const auto headers = asOctets(std::string_view("\xBE"));
+    if (server_.confirmedPush(session_, headers, body, id, now_) == session::ServerRefusal::none) {
+      require(pushes_.insert(id).second, "each push that is open has a name of its own");
+    }
+    drain();
+  }
+  void step(Script& script) {
+    const std::uint8_t verb = script.octet();
+    switch (verb & 0x0F) {
+      case 0x05:
+        accept();
+        break;
+      case 0x06:
+        server_.refuse(session_, verb, {}, script.octets(), now_);
+        break;
+      case 0x07: {
+        const WdpAddress elsewhere = peerOf(verb);
+        server_.redirect(session_, verb & 0x80U, {&elsewhere, 1}, now_);
+        break;
+      }
+      case 0x08:
+        server_.disconnect(session_, session::Reason::disconnect, now_);
+        break;
+      case 0x09:
+        reply(script.octets());
+        break;
+      case 0x0A:
+        server_.abortMethod(method_, verb, now_);
+        break;
+      case 0x0B:
+        server_.push(session_, asOctets(std::string_view("\xBE")), script.octets(), now_);
+        break;
+      case 0x0C:
+        confirmedPush(script.octets());
+        break;
+      case 0x0D:
+        reply(std::vector<std::uint8_t>(std::size_t{script.octet()} * 16, 'r'));
+        break;
+      case 0x0E:
+      case 0x0F:
+        pass(Duration(250) * script.octet());
+        break;
+      default:
+        receive(peerOf(verb), script.octets());
+        break;
+    }
+    drain();
+  }
+  void pass(Duration time) {
+    const TimePoint end = now_ + time;
+    for (auto at = server_.deadline(); at && *at <= end; at = server_.deadline()) {
+      now_ = std::max(now_, *at);
+      server_.onTimer(now_);
+      drain();
+    }
+    now_ = end;
+  }
+  void finish() {
+    settle(server_, now_, [this](TimePoint now) {
+      now_ = now;
+      drain();
+    });
+    require(methods_.empty() && pushes_.empty(), "every method and every push ends by an event");
+  }
+
+ private:
+  void drain() {
+    using Kind = session::ServerEvent::Kind;
+    while (const auto datagram = server_.takeDatagram()) {
+      require(datagram->octets.size() <= wtp::kMaxDatagram,
+              "datagrams have a size that can travel");
+    }
+    while (const auto event = server_.takeEvent()) {
+      if (event->session != 0) session_ = event->session;
+      switch (event->kind) {
+        case Kind::methodIndication:
+          require(methods_.insert(event->id).second, "a method is told of once");
+          method_ = event->id;
+          break;
+        case Kind::methodConfirm:
+        case Kind::methodAbortIndication:
+          require(methods_.erase(event->id) == 1, "a method that was told of ends once");
+          break;
+        case Kind::pushConfirm:
+        case Kind::pushAbortIndication:
+          require(pushes_.erase(event->id) == 1, "a push ends once");
+          break;
+        default:
+          break;
+      }
+    }
+    require(server_.sessions() <= session::Server::kMaxSessions, "sessions have their limit");
+  }
+
+  session::Server server_;
+  TimePoint now_;
+  session::SessionId session_ = 0;  // those that were told of last
+  wtp::Handle method_ = 0;
+  std::set<wtp::Handle> methods_;
+  std::set<wtp::Handle> pushes_;
+};
+
+}  // namespace
+
+void wspServer(Input input) {
+  using namespace std::string_view_literals;
+  Script script(input);
+  const std::uint8_t mode = script.octet();
+  wtp::Settings settings;
+  if ((mode & 0x20) == 0) settings.segmentOctets = 8;
+  if ((mode & 0x40) == 0) settings.maxMessage = settings.maxInvoke = 256;
+  ServerRun run(settings);
+  // What has happened before: a connect, its answer, a method, its reply; a push; a suspension.
+  const unsigned stage = mode % 8;
+  if (stage > 0) run.receive("\x0A\x00\x05\x02\x01\x10\x00\x00"sv);
+  if (stage > 1) run.accept();
+  if (stage > 2) run.receive("\x18\x00\x05"sv);
+  if (stage > 3) run.receive("\x0A\x00\x06\x02\x60\x01\x01u\xBEq"sv);
+  if (stage == 5 || stage == 6) run.reply(asOctets("r"sv));
+  if (stage == 6) run.confirmedPush(asOctets("n"sv));
+  if (stage == 7) run.receive("\x0A\x00\x07\x00\x07\x01"sv);
+  while (!script.ended()) run.step(script);
+  run.finish();
 }
 
 }  // namespace mmsbrix::fuzz

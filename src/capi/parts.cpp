@@ -104,7 +104,7 @@ void startWith(CMMPart& root, const std::string& id) {
   type->Params()->AddNew()->Assign("start", "<" + id + ">");
 }
 
-mmsbrix_status attach(CMMsg& message, CMMPart content, std::string type, std::string name) {
+mmsbrix_status attach(CMMsg& message, std::string_view octets, std::string type, std::string name) {
   constexpr unsigned kMostParts = 1000;  // names are held against each other
   CMMPart& root = *message.Content();
   CMMHdr* body = root.Headers()->Find(kContentType);
@@ -119,8 +119,6 @@ mmsbrix_status attach(CMMsg& message, CMMPart content, std::string type, std::st
   if (type.empty()) type = "application/octet-stream";
   if (name.empty()) name = "part" + extensionOfMediaType(type);
   name = uniqueName(root, name);
-  const std::string_view octets(reinterpret_cast<const char*>(content.GetContent()),
-                                static_cast<std::size_t>(content.GetContentLen()));
   CMMPart& part = *root.NewChild();
   CMMHdr& header = *part.Headers()->AddNew();
   header.Assign(kContentType, type);
@@ -151,10 +149,8 @@ mmsbrix_status mmsbrix_message_attach(mmsbrix_message* message, const void* data
   if (message == nullptr || (data == nullptr && size != 0)) return MMSBRIX_INVALID_ARGUMENT;
   if (size >= std::numeric_limits<int>::max()) return MMSBRIX_INVALID_ARGUMENT;
   return guarded([&] {
-    CMMPart content;
-    content.SetContent(size == 0 ? "" : data, static_cast<int>(size));
-    return attach(message->message, std::move(content), textOf(type, type_length),
-                  textOf(name, name_length));
+    const std::string_view octets(size == 0 ? "" : static_cast<const char*>(data), size);
+    return attach(message->message, octets, textOf(type, type_length), textOf(name, name_length));
   });
 }
 
@@ -168,7 +164,9 @@ mmsbrix_status mmsbrix_message_attach_file(mmsbrix_message* message, const char*
     if (!content.Load(file.c_str()) || content.GetContent() == nullptr) return MMSBRIX_CANNOT_READ;
     std::string partName = textOf(name, name_length);
     if (partName.empty()) partName = file.substr(file.find_last_of("/\\") + 1);
-    return attach(message->message, std::move(content), textOf(type, type_length), partName);
+    const std::string_view octets(reinterpret_cast<const char*>(content.GetContent()),
+                                  static_cast<std::size_t>(content.GetContentLen()));
+    return attach(message->message, octets, textOf(type, type_length), partName);
   });
 }
 

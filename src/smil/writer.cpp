@@ -18,7 +18,7 @@ namespace {
 constexpr auto kPlain = [] {
   std::array<bool, 256> plain{};
   for (std::size_t c = ' '; c < 0x7F; ++c) plain[c] = true;
-  for (const char c : {'&', '<', '>', '"'}) plain[static_cast<std::size_t>(c)] = false;
+  for (const unsigned char c : {'&', '<', '>', '"'}) plain[c] = false;
   return plain;
 }();
 

@@ -123,7 +123,7 @@ void writeProgramPage(const CLI::App& app, std::ostream& out) {
 }
 
 void writeSubcommandPage(const CLI::App& app, std::ostream& out) {
-  const std::string name = app.get_name();
+  const std::string& name = app.get_name();
   writeHead("mmsbrix-" + name, app.get_description(), out);
   const Apps verbs = subcommandsOf(app);
   if (verbs.empty()) writeSynopsis(app, "mmsbrix " + name, out);

@@ -208,7 +208,7 @@ std::vector<std::uint8_t> encodeSendConf(const Verdict& verdict, const std::stri
 std::vector<std::uint8_t> encodeNotificationInd(const Delivery& delivery) {
   constexpr std::uint8_t kPersonal = 0x80;
   constexpr std::uint8_t kRelative = 0x81;
-  constexpr std::uint64_t kKeptSeconds = 7 * 24 * 3600;
+  constexpr std::uint64_t kKeptSeconds = std::uint64_t{7} * 24 * 3600;
   const Inspection request = inspect(delivery.request.data(), delivery.request.size());
   std::vector<std::uint8_t> out =
       beginPdu(kNotificationInd, delivery.transactionId, judge(delivery.request).version);

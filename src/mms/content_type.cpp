@@ -7,6 +7,7 @@
 #include "wsp/http_text.h"
 #include "wsp/wap_mms_shared.h"
 #include "wsp/wsp_assigned_headers.h"
+#include "wsp/wsp_assigned_names.h"
 #include "wsp/wsp_header_coding.h"
 
 namespace mmsbrix {
@@ -138,14 +139,23 @@ void writeParameter(Writer& out, const CMMParam& parameter, bool ofMultipart) {
   writeTextValue(out, value);
 }
 
+// Nearly every message has it twice, and it is one character too long to be kept in place.
+constexpr StaticText kPresentationType{"application/smil"};
+
+bool isPresentationType(const std::string_view& type) noexcept {
+  return type.size() == kPresentationType.text.size() && type == kPresentationType.text;
+}
+
 // Names and values from the tables are not copied.
 void keep(const Parameter& parameter, CMMParam& kept) {
   if (parameter.code < 0) {
-    kept.Assign(parameter.name, parameter.value);
+    kept.Assign(ZeroFreeText{parameter.name}, ZeroFreeText{parameter.value});
   } else if (parameter.valueIsStatic) {
     kept.Assign(StaticText{parameter.name}, StaticText{parameter.value});
+  } else if (isPresentationType(parameter.value)) {
+    kept.Assign(StaticText{parameter.name}, kPresentationType);
   } else {
-    kept.Assign(StaticText{parameter.name}, parameter.value);
+    kept.Assign(StaticText{parameter.name}, ZeroFreeText{parameter.value});
   }
 }
 
@@ -185,16 +195,23 @@ constexpr auto kPartHeaderRows = std::to_array<PartHeaderRow>({
     {0x45, PartHeaderKind::disposition},  // Content-Disposition, 1.4
 });
 
+struct PartHeader {
+  std::string_view name;  // of the first row that has the code
+  PartHeaderKind kind = PartHeaderKind::text;
+};
+
 // Indexed by code, since every header of every part is looked up.
-constexpr auto kPartHeaderKinds = [] {
-  std::array<PartHeaderKind, 128> kinds{};
-  kinds.fill(PartHeaderKind::text);
-  for (const PartHeaderRow& row : kPartHeaderRows) kinds[row.code] = row.kind;
-  return kinds;
+constexpr auto kPartHeaders = [] {
+  std::array<PartHeader, 128> headers{};
+  for (const PartHeaderRow& row : kPartHeaderRows) headers[row.code].kind = row.kind;
+  for (const StringInt& row : kHeaderRows) {
+    if (headers[row.code()].name.empty()) headers[row.code()].name = row.name;
+  }
+  return headers;
 }();
 
 constexpr PartHeaderKind partHeaderKind(int code) noexcept {
-  return kPartHeaderKinds[static_cast<std::size_t>(code & 0x7F)];
+  return kPartHeaders[static_cast<std::size_t>(code & 0x7F)].kind;
 }
 
 PartHeaderKind kindOf(const HeaderItem& item) noexcept {
@@ -215,7 +232,7 @@ bool readDisposition(Reader& in, CMMHdr& header, ItemBudget& budget) {
     if (!token || *token >= kDispositions.size()) return false;
     value = kDispositions[static_cast<std::size_t>(*token)];
   }
-  header.Assign("Content-Disposition", value);
+  header.Assign(StaticText{"Content-Disposition"}, ZeroFreeText{value});
   addParameters(inside, header, budget);
   return true;
 }
@@ -223,9 +240,9 @@ bool readDisposition(Reader& in, CMMHdr& header, ItemBudget& budget) {
 // The name of a well-known header is not copied.
 void assign(CMMHdr& header, const HeaderItem& item, std::string_view name, std::string_view value) {
   if (item.kind == HeaderItem::Kind::wellKnown) {
-    header.Assign(StaticText{name}, value);
+    header.Assign(StaticText{name}, ZeroFreeText{value});
   } else {
-    header.Assign(name, value);
+    header.Assign(ZeroFreeText{name}, ZeroFreeText{value});
   }
 }
 
@@ -258,11 +275,12 @@ void readContentType(Octets value, CMMHdr& header, ItemBudget& budget) {
   ContentTypeReader reader = contentTypeReader(value);
   if (reader.mediaNumber()) {
     header.Assign(StaticText{kContentTypeName}, StaticText{reader.mediaType()});
+  } else if (isPresentationType(reader.mediaType())) {
+    header.Assign(StaticText{kContentTypeName}, kPresentationType);
   } else {
-    header.Assign(StaticText{kContentTypeName}, reader.mediaType());
+    header.Assign(StaticText{kContentTypeName}, ZeroFreeText{reader.mediaType()});
   }
-  Reader parameters = reader.parameters();
-  addParameters(parameters, header, budget);
+  addParameters(reader.parameters(), header, budget);
 }
 
 void writeContentType(Writer& out, const CMMHdr& header) {
@@ -291,15 +309,21 @@ bool namesMultipart(std::string_view mediaType) noexcept {
 std::string_view partHeaderName(const HeaderItem& item) noexcept {
   if (item.kind == HeaderItem::Kind::text) return item.name;
   if (item.kind != HeaderItem::Kind::wellKnown || item.page != kFirstPage) return {};
-  return nameOfNumber(table(kHeaders), item.code);
+  return kPartHeaders[item.code & 0x7F].name;
 }
 
 std::string_view partHeaderText(const HeaderItem& item) noexcept {
   if (item.form != ValueForm::text) return {};
-  Reader in(item.value);
+  // The walker has ended the value at its first zero, so that it is not looked for again.
+  std::string_view text = asText(item.value);
+  if (text.ends_with('\0')) text.remove_suffix(1);
+  const auto dropMark = [&](std::uint8_t mark) {
+    if (text.starts_with(static_cast<char>(mark))) text.remove_prefix(1);
+  };
   // Tolerance: a Content-ID without the quote that opens a quoted-string.
-  if (kindOf(item) == PartHeaderKind::quotedText && in.peekOctet() == kStringQuote) in.skip(1);
-  return readTextString(in);
+  if (kindOf(item) == PartHeaderKind::quotedText) dropMark(kStringQuote);
+  dropMark(kTextQuote);
+  return text;
 }
 
 bool readPartHeaderValue(const HeaderItem& item, std::string_view name, CMMHdr& header,

@@ -5,7 +5,6 @@
 #include <cstring>
 #include <limits>
 #include <new>
-#include <optional>
 
 #include "mms/content_type.h"
 #include "mms/field_table.h"
@@ -94,7 +93,8 @@ void readField(const HeaderItem& item, CMMsg& message, ItemBudget& budget) {
 // An application header is kept under its name less the first character.
 void readTextHeader(const HeaderItem& item, CMMsg& message) {
   Reader value(item.value);
-  message.Content()->Headers()->AddNew()->Assign(item.name.substr(1), readTextString(value));
+  message.Content()->Headers()->AddNew()->Assign(ZeroFreeText{item.name.substr(1)},
+                                                 ZeroFreeText{readTextString(value)});
 }
 
 // Makes room for the recipients among this field and those behind it, each list at once.
@@ -168,7 +168,8 @@ void readPartHeaders(const MultipartItem& item, CMMPart& part, ItemBudget& budge
 void makeRoomForParts(MultipartWalker walker, CMMPart& root, ItemBudget& budget) {
   const std::size_t room = budget.roomFor(sizeof(CMMPart));
   std::size_t count = 0;
-  while (count < room && walker.skip()) ++count;
+  std::size_t dataOctets = 0;
+  while (count < room && walker.skip(dataOctets)) ++count;
   if (count == room) budget.limit(room);
   root.ReserveChildren(root.ChildCount() + static_cast<unsigned>(count));
   budget.setAside(count * sizeof(CMMPart));
@@ -206,8 +207,9 @@ bool holdsParts(CMMPart& root) noexcept {
 std::size_t contentsOf(Octets body) noexcept {
   std::size_t octets = 0;
   MultipartWalker walker(body);
-  while (const std::optional<std::size_t> content = walker.skip()) {
-    if (*content > 0) octets += *content + 1;
+  std::size_t content = 0;
+  while (walker.skip(content)) {
+    if (content > 0) octets += content + 1;
   }
   return octets;
 }

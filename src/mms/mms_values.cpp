@@ -108,7 +108,7 @@ EncodedString readEncodedString(Reader& in) noexcept {
 
 void readEncodedString(Reader& in, CMMString& out) {
   const EncodedString value = readEncodedString(in);
-  out.Assign(value.text);
+  out.Assign(ZeroFreeText{value.text});
   out.AssignCharset(StaticText{value.charset});
 }
 
@@ -125,17 +125,17 @@ SplitAddress splitAddress(std::string_view text) noexcept {
   const std::size_t mark = text.find(kTypeMark);
   if (mark == std::string_view::npos) return {text, CMMAddr::TYPE_PLAIN};
   const std::string_view suffix = text.substr(mark);
-  CMMAddr::TYPE type = CMMAddr::TYPE_OTHER;
+  const std::string_view address = text.substr(0, mark);
   for (const AddressSuffix& known : kSuffixes) {
-    if (suffix.starts_with(known.text)) type = known.type;
+    if (suffix.starts_with(known.text)) return {address, known.type};
   }
-  return {text.substr(0, mark), type};
+  return {address, CMMAddr::TYPE_OTHER};
 }
 
 void readAddress(Reader& in, CMMAddr& out) {
   const EncodedString value = readEncodedString(in);
   const SplitAddress address = splitAddress(value.text);
-  out.Value()->Assign(address.text);
+  out.Value()->Assign(ZeroFreeText{address.text});
   out.Value()->AssignCharset(StaticText{value.charset});
   out.SetType(address.type);
 }

@@ -1,5 +1,7 @@
 #include "model/mmhdr.h"
 
+#include <cstdint>
+
 #include "platform/ascii.h"
 #include "platform/text.h"
 
@@ -8,10 +10,12 @@ namespace mmsbrix {
 template <class T>
 T* CMMNamedList<T>::Find(const char* name) noexcept {
   const std::string_view wanted = orEmpty(name);
-  for (T* element = this->First(); element != nullptr; element = this->Next()) {
-    if (equalsIgnoringCase(element->Name(), wanted)) return element;
+  std::uint32_t position = 0;
+  for (const T& element : *this) {
+    if (equalsIgnoringCase(element.Name(), wanted)) break;
+    ++position;
   }
-  return nullptr;
+  return this->moveTo(position);
 }
 
 template <class T>

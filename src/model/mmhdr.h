@@ -27,7 +27,7 @@ class MMSBRIX_API CMMParam {
 
   /// The same from views, whose length is then known; a text ends at its first zero.
   void Assign(std::string_view name, std::string_view value);
-  /// The same for texts of which one or both stand in a table and are not copied.
+  /// The same for texts that are a `StaticText` or a `ZeroFreeText`.
   template <class Name, class Value>
   void Assign(Name name, Value value) {
     name_.assign(name);
@@ -76,7 +76,7 @@ class MMSBRIX_API CMMHdr {
 
   /// The same from views, whose length is then known; a text ends at its first zero.
   void Assign(std::string_view name, std::string_view value);
-  /// The same for texts of which one or both stand in a table and are not copied.
+  /// The same for texts that are a `StaticText` or a `ZeroFreeText`.
   template <class Name, class Value>
   void Assign(Name name, Value value) {
     name_.assign(name);

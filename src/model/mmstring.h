@@ -36,6 +36,7 @@ class MMSBRIX_API CMMString {
   /// The same from views, whose length is then known; a text ends at its first zero.
   void Assign(std::string_view text);
   void AssignCharset(std::string_view charset);
+  void Assign(mmsbrix::ZeroFreeText text) { text_.assign(text); }
   void AssignCharset(mmsbrix::StaticText charset) noexcept { charset_.assign(charset); }
   ///@}
   ///@{

@@ -17,6 +17,12 @@ struct StaticText {
   std::string_view text;  ///< with a zero behind it
 };
 
+/// A text in which there is no zero, as readers of octets know that have looked for it: it is not
+/// looked for again.
+struct ZeroFreeText {
+  std::string_view text;  ///< copied as it is
+};
+
 /// A zero-terminated 8-bit text.  Up to 15 octets stay in place; a longer one is on the library's
 /// heap; a name from a table is only pointed at.  So a header as peers write it takes 40 octets and
 /// mostly no allocation, where two std::strings and a vector took 96 and one or two.
@@ -52,6 +58,14 @@ class MMSBRIX_API Text {
 
   /// Becomes a copy of `text` up to its first zero; `text` may lie within this text.
   void assign(std::string_view text);
+  /// Becomes a copy of a text that does not lie within this one.
+  void assign(ZeroFreeText text) {
+    if (text.text.size() > kMostInPlace) return assign(text.text);
+    releaseHeap();
+    setEmpty();
+    text.text.copy(storage_, kMostInPlace);
+    storage_[kMostInPlace] = static_cast<char>(kMostInPlace - text.text.size());
+  }
   /// Points at `text` from now on.
   void assign(StaticText text) noexcept {
     releaseHeap();

@@ -26,14 +26,16 @@ inline constexpr unsigned kMaxXmlDeclarations = 1000;
 inline constexpr std::size_t kMaxXmlEntityOctets = std::size_t{1} << 20;
 
 struct XmlAttribute {
-  std::string name;   ///< as it stands, prefix included; namespace declarations are attributes too
-  std::string value;  ///< with references resolved
+  std::string_view
+      name;  ///< as it stands, prefix included; namespace declarations are attributes too
+  std::string_view value;  ///< with references resolved
 };
 
-/// Receives a document in its order.  The end of the outermost element is told last.
+/// Receives a document in its order.  The end of the outermost element is told last.  Texts last as
+/// long as the call.
 class XmlEvents {
  public:
-  virtual void startElement(const std::string& name, std::span<const XmlAttribute> attributes) = 0;
+  virtual void startElement(std::string_view name, std::span<const XmlAttribute> attributes) = 0;
   virtual void endElement() = 0;
   /// What is neither element nor attribute, by its name in the DOM: "#text" (not for blanks only),
   /// "#cdata-section", "#comment"; a processing instruction is "#processing-instruction".

@@ -33,15 +33,15 @@ constexpr auto kMediaTags = std::to_array<std::string_view>(
     {"ref", "animation", "audio", "img", "video", "text", "textstream"});
 
 // Typed nodes have the tag of their class; media and generic nodes keep the document's spelling.
-Created createNode(const char* tag) {
-  const std::string_view name = tag;
+Created createNode(std::string_view tag) {
   for (const NodeRow& row : kNodes) {
-    if (equalsIgnoringCase(row.tag, name)) return row.create();
+    if (equalsIgnoringCase(row.tag, tag)) return row.create();
   }
+  const std::string spelling(tag);
   for (const std::string_view media : kMediaTags) {
-    if (equalsIgnoringCase(media, name)) return std::make_unique<CSMILMedia>(tag);
+    if (equalsIgnoringCase(media, tag)) return std::make_unique<CSMILMedia>(spelling.c_str());
   }
-  return std::make_unique<CSMILNode>(tag);
+  return std::make_unique<CSMILNode>(spelling.c_str());
 }
 
 class Builder final : public platform::XmlEvents {
@@ -50,13 +50,13 @@ class Builder final : public platform::XmlEvents {
 
   [[nodiscard]] bool isSmil() const noexcept { return isSmil_; }
 
-  void startElement(const std::string& name,
+  void startElement(std::string_view name,
                     std::span<const platform::XmlAttribute> attributes) override {
     if (open_.empty()) {
       isSmil_ = equalsIgnoringCase(name, "smil");
       open_.push_back(&smil_);
     } else {
-      open_.push_back(append(name.c_str()));
+      open_.push_back(append(name));
     }
     CSMILNode& node = *open_.back();
     node.ReserveAttributes(static_cast<unsigned>(attributes.size()));
@@ -68,7 +68,7 @@ class Builder final : public platform::XmlEvents {
   void other(const char* name) override { append(name); }
 
  private:
-  CSMILNode* append(const char* tag) {
+  CSMILNode* append(std::string_view tag) {
     Created node = createNode(tag);
     open_.back()->AddElement(node.get());
     return node.release();

@@ -233,7 +233,11 @@ CSMILNode* CSMILNode::Element(unsigned int index) const noexcept {
 }
 
 void CSMILNode::AddElement(CSMILNode* element) {
-  if (element != nullptr) children_.push_back(element);
+  if (element == nullptr) return;
+  // Room for one child is as large as for three, where the heap hands out 24 octets and more.
+  constexpr std::size_t kAtFirst = 3;
+  if (children_.capacity() == 0) children_.reserve(kAtFirst);
+  children_.push_back(element);
 }
 
 void mmsbrix::TreeMoves::exchangeContents(CSMILNode& one, CSMILNode& other) noexcept {

@@ -21,7 +21,7 @@ std::string_view trimmed(std::string_view text) noexcept {
 
 std::string attributeOf(std::span<const platform::XmlAttribute> attributes, std::string_view name) {
   const auto found = std::ranges::find(attributes, name, &platform::XmlAttribute::name);
-  return found == attributes.end() ? std::string() : found->value;
+  return std::string(found == attributes.end() ? std::string_view() : found->value);
 }
 
 // "10.0.0.1:8080", now and then without the port or with a scheme in front.
@@ -41,10 +41,10 @@ void splitProxy(std::string_view text, OperatorSettings& settings) {
 // Collects what stands in country / provider / gsm / apn.
 class Collector final : public platform::XmlEvents {
  public:
-  void startElement(const std::string& name,
+  void startElement(std::string_view name,
                     std::span<const platform::XmlAttribute> attributes) override {
     if (path_.empty()) isDatabase_ = name == "serviceproviders";
-    path_.push_back(name);
+    path_.emplace_back(name);
     text_.clear();
     if (name == "country") {
       country_ = attributeOf(attributes, "code");

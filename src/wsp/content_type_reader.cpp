@@ -6,6 +6,7 @@
 #include "wsp/header_walker.h"
 #include "wsp/wap_mms_shared.h"
 #include "wsp/wsp_assigned_headers.h"
+#include "wsp/wsp_assigned_names.h"
 #include "wsp/wsp_header_coding.h"
 
 namespace mmsbrix {
@@ -49,6 +50,15 @@ constexpr auto kParameterKinds = std::to_array<ParameterKind>({
     ParameterKind::textValue,     // 1D Path
 });
 static_assert(kParameterKinds.size() == 0x1E);
+
+// Likewise; the first row of a number names it.
+constexpr auto kParameterNames = [] {
+  std::array<std::string_view, kParameterKinds.size()> names{};
+  for (const StringInt& row : kParameterRows) {
+    if (names[row.code()].empty()) names[row.code()] = row.name;
+  }
+  return names;
+}();
 
 // The name of a number in a table, empty for none.
 std::string_view nameIn(Kind kind, std::uint64_t number) noexcept {
@@ -144,33 +154,36 @@ std::string_view mediaTypeName(std::uint64_t number) noexcept {
 
 bool readParameter(Reader& in, MediaTypeNames mediaTypes, Parameter& parameter) {
   if (in.atEnd()) return false;
-  Reader ahead = in;
+  const Reader::Place begin = in.place();
   parameter.code = -1;
   parameter.form = ParameterForm::missing;
   parameter.value = {};
   parameter.valueIsStatic = false;
-  if (formOf(ahead.rest()) == ValueForm::text) {
-    parameter.name = readTextString(ahead);
+  if (formOf(in.rest()) == ValueForm::text) {
+    parameter.name = readTextString(in);
   } else {
-    const auto number = readInteger(ahead);
-    if (!number) return false;
+    const auto number = readInteger(in);
+    if (!number) {
+      in.returnTo(begin);
+      return false;
+    }
     parameter.code = *number > 0xFFFF ? 0xFFFF : static_cast<int>(*number);
-    parameter.name = nameIn(kParameters, static_cast<std::uint64_t>(parameter.code));
+    const auto code = static_cast<std::size_t>(parameter.code);
+    parameter.name = code < kParameterNames.size() ? kParameterNames[code] : "";
   }
   // A parameter without its value, at the very end, is one with the empty value.
-  if (!ahead.atEnd() && !readValue(ahead, mediaTypes, parameter)) return false;
-  in = ahead;
+  if (!in.atEnd() && !readValue(in, mediaTypes, parameter)) {
+    in.returnTo(begin);
+    return false;
+  }
   return true;
 }
 
 std::size_t contentTypeSize(const Reader& in) noexcept {
   const std::size_t size = fieldSize(in);
-  const std::string_view ahead = asText(in.rest());
+  if (in.peekOctet() != kOctetStream.front() || size == kOctetStream.size() + 1) return size;
   // Tolerance: some relays send this type without its terminating zero.
-  if (ahead.starts_with(kOctetStream) && size != kOctetStream.size() + 1) {
-    return kOctetStream.size();
-  }
-  return size;
+  return asText(in.rest()).starts_with(kOctetStream) ? kOctetStream.size() : size;
 }
 
 ContentTypeReader::ContentTypeReader(Octets value, MediaTypeNames mediaTypes) noexcept
@@ -183,11 +196,12 @@ ContentTypeReader::ContentTypeReader(Octets value, MediaTypeNames mediaTypes) no
     in = in.sub(*length);
   }
   if (formOf(in.rest()) == ValueForm::text) {
-    mediaType_ = asText(in.rest()).starts_with(kOctetStream) && in.left() == kOctetStream.size()
+    mediaType_ = in.left() == kOctetStream.size() && asText(in.rest()) == kOctetStream
                      ? asText(in.take(kOctetStream.size()))
                      : readTextString(in);
-  } else if ((mediaNumber_ = readInteger(in))) {
-    mediaType_ = mediaTypes_(*mediaNumber_);
+  } else if (const auto number = readInteger(in)) {
+    mediaNumber_.emplace(*number);
+    mediaType_ = mediaTypes_(*number);
   }
   parameters_ = in;
 }

@@ -88,8 +88,8 @@ class ContentTypeReader {
   [[nodiscard]] std::optional<std::uint64_t> mediaNumber() const noexcept { return mediaNumber_; }
   /// Reads the next parameter; false at the end, or when none can be read there.
   bool next(Parameter& parameter);
-  /// The octets of the parameters not yet read.
-  [[nodiscard]] const Reader& parameters() const noexcept { return parameters_; }
+  /// The octets of the parameters not yet read, which may also be read from there.
+  [[nodiscard]] Reader& parameters() noexcept { return parameters_; }
   /// True when `next` ended before the octets did.
   [[nodiscard]] bool stoppedEarly() const noexcept { return parameters_.left() > 0; }
   /// Offset, in the value, of what has not been read.

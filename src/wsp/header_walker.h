@@ -27,8 +27,7 @@ struct HeaderItem {
     zero,       ///< a zero octet between fields
   };
   Kind kind = Kind::zero;
-  std::uint8_t code = 0;  ///< of a well-known field, without the high bit
-  std::uint8_t page = kFirstPage;
+  std::uint8_t code = 0;        ///< of a well-known field, without the high bit
   std::size_t offset = 0;       ///< of the first octet
   std::size_t valueOffset = 0;  ///< of the value
   std::string_view name;        ///< of a textual header, as it stands
@@ -36,6 +35,7 @@ struct HeaderItem {
   Octets value;                ///< clamped to what is there
   std::size_t statedSize = 0;  ///< octets the value claims; more than `value` has when cut short, 0
                                ///< when its length is broken
+  std::uint8_t page = kFirstPage;  // not beside `kind`: both would be read as one word, too early
 
   [[nodiscard]] std::size_t end() const noexcept { return valueOffset + value.size(); }
   [[nodiscard]] bool cutShort() const noexcept { return statedSize > value.size(); }

@@ -17,36 +17,37 @@ MultipartWalker::MultipartWalker(Octets body) noexcept : in_(body) {
 
 bool MultipartWalker::next(MultipartItem& item) noexcept {
   if (broken_ || in_.atEnd()) return false;
-  Reader in = in_;
-  item.offset = in.position();
-  const auto headersLength = readUintvar(in);
-  const auto dataLength = headersLength ? readUintvar(in) : headersLength;
+  const Reader::Place begin = in_.place();
+  item.offset = begin.position;
+  const auto headersLength = readUintvar(in_);
+  const auto dataLength = headersLength ? readUintvar(in_) : headersLength;
   if (!dataLength) {
+    in_.returnTo(begin);
     broken_ = true;
     return false;
   }
   item.statedHeaders = *headersLength;
   item.statedData = *dataLength;
-  item.headersOffset = in.position();
-  Reader headers = in.sub(*headersLength);
+  item.headersOffset = in_.position();
+  Reader headers = in_.sub(*headersLength);
   item.contentType = headers.take(contentTypeSize(headers));
   item.headers = headers.rest();
-  item.dataOffset = in.position();
-  item.data = in.take(*dataLength);
-  in_ = in;
+  item.dataOffset = in_.position();
+  item.data = in_.take(*dataLength);
   return true;
 }
 
-std::optional<std::size_t> MultipartWalker::skip() noexcept {
-  if (broken_ || in_.atEnd()) return std::nullopt;
+bool MultipartWalker::skip(std::size_t& dataOctets) noexcept {
+  if (broken_ || in_.atEnd()) return false;
   const auto headersLength = readUintvar(in_);
   const auto dataLength = headersLength ? readUintvar(in_) : headersLength;
   if (!dataLength) {
     broken_ = true;
-    return std::nullopt;
+    return false;
   }
   in_.skip(*headersLength);
-  return in_.take(*dataLength).size();
+  dataOctets = in_.take(*dataLength).size();
+  return true;
 }
 
 }  // namespace mmsbrix

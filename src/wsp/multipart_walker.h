@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 
 #include "wsp/octets.h"
 
@@ -33,8 +32,8 @@ class MultipartWalker {
   /// Moves to the next entry; false at the end, or where a length cannot be read, with `item` of no
   /// meaning then.
   bool next(MultipartItem& item) noexcept;
-  /// The same without a look at the headers: the octets of the entry's data.
-  std::optional<std::size_t> skip() noexcept;
+  /// The same without a look at the headers: `dataOctets` are those of the entry's data.
+  bool skip(std::size_t& dataOctets) noexcept;
   /// Octets walked over.
   [[nodiscard]] std::size_t position() const noexcept { return in_.position(); }
   /// True when a length could not be read, so that octets are left over.

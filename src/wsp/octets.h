@@ -43,6 +43,18 @@ class Reader {
   /// The octets not yet read.
   [[nodiscard]] Octets rest() const noexcept { return octets_.subspan(position_); }
 
+  /// Where a reader is, to come back to.  A whole reader is not kept for that: it is copied as two
+  /// words of 16 octets right after its position was written as one of 8, which takes long.
+  struct Place {
+    std::size_t position;
+    bool failed;
+  };
+  [[nodiscard]] Place place() const noexcept { return {position_, failed_}; }
+  void returnTo(Place place) noexcept {
+    position_ = place.position;
+    failed_ = place.failed;
+  }
+
   /// Up to `count` octets starting at the 1-based `place` ahead of the cursor; consumes nothing.
   [[nodiscard]] Octets peek(std::size_t place, std::size_t count) const noexcept {
     if (place == 0 || place > left()) return {};

@@ -57,11 +57,11 @@ Uintvar peekUintvar(const Reader& in, std::size_t place) noexcept {
   return decodeUintvar(in.peek(place, kMaxUintvarOctets));
 }
 
-std::optional<std::uint32_t> readUintvar(Reader& in) noexcept {
+bool takeUintvar(Reader& in, std::uint32_t& value) noexcept {
   const Uintvar decoded = peekUintvar(in, 1);
   in.skip(decoded.octets);
-  if (decoded.error) return std::nullopt;
-  return decoded.value;
+  value = decoded.value;
+  return !decoded.error;
 }
 
 bool isUintvar(Octets octets) noexcept {
@@ -72,12 +72,6 @@ bool isUintvar(Octets octets) noexcept {
 
 void writeShortInteger(Writer& out, std::uint8_t value) noexcept {
   out.octet(value | kShortIntegerBit);
-}
-
-std::optional<std::uint8_t> readShortInteger(Reader& in) noexcept {
-  const auto octet = in.octet();
-  if (!octet) return std::nullopt;
-  return static_cast<std::uint8_t>(*octet & 0x7F);
 }
 
 std::size_t longIntegerOctets(std::uint64_t value) noexcept {
@@ -94,13 +88,13 @@ void writeLongInteger(Writer& out, std::uint64_t value) noexcept {
   }
 }
 
-std::optional<std::uint64_t> readLongInteger(Reader& in) noexcept {
+bool takeLongInteger(Reader& in, std::uint64_t& value) noexcept {
   const auto length = in.peekOctet();
-  if (!length || *length >= kLengthQuote) return std::nullopt;
+  if (!length || *length >= kLengthQuote) return false;
   in.skip(1);
-  std::uint64_t value = 0;
+  value = 0;
   for (const std::uint8_t octet : in.take(*length)) value = (value << 8) | octet;
-  return value;
+  return true;
 }
 
 void writeInteger(Writer& out, std::uint64_t value) noexcept {
@@ -113,12 +107,6 @@ void writeInteger(Writer& out, std::uint64_t value) noexcept {
 
 std::size_t integerSize(std::uint64_t value) noexcept {
   return value < 0x80 ? 1 : 1 + longIntegerOctets(value);
-}
-
-std::optional<std::uint64_t> readInteger(Reader& in) noexcept {
-  const auto first = in.peekOctet();
-  if (first && *first >= kShortIntegerBit) return readShortInteger(in);
-  return readLongInteger(in);
 }
 
 void writeValueLength(Writer& out, std::uint32_t length) noexcept {
@@ -145,14 +133,6 @@ std::size_t valueLengthSize(std::uint32_t length) noexcept {
   return length < kLengthQuote ? 1 : 1 + uintvarSize(length);
 }
 
-std::optional<std::uint32_t> readValueLength(Reader& in) noexcept {
-  const auto first = in.peekOctet();
-  if (!first || *first > kLengthQuote) return std::nullopt;
-  in.skip(1);
-  if (*first < kLengthQuote) return *first;
-  return readUintvar(in);
-}
-
 void writeTextString(Writer& out, std::string_view text) noexcept {
   if (!text.empty() && static_cast<std::uint8_t>(text.front()) >= 0x80) out.octet(kTextQuote);
   writeTokenText(out, text);
@@ -161,11 +141,6 @@ void writeTextString(Writer& out, std::string_view text) noexcept {
 std::size_t textStringSize(std::string_view text) noexcept {
   const bool quoted = !text.empty() && static_cast<std::uint8_t>(text.front()) >= 0x80;
   return text.size() + 1 + (quoted ? 1 : 0);
-}
-
-std::string_view readTextString(Reader& in) noexcept {
-  if (in.peekOctet() == kTextQuote) in.skip(1);
-  return in.text();
 }
 
 void writeTokenText(Writer& out, std::string_view text) noexcept {

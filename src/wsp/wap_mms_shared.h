@@ -1,6 +1,10 @@
 // Octet-level WSP codings shared by the MMS codec and the typed WSP values: uintvar, short and long
 // integers, value-length, text-string, and the size of a field value.
 // [WAP-230 8.1.2, 8.4.1.2, 8.4.2.1, 8.4.2.2]
+//
+// The smallest readers are always inline, and what they leave to others comes back as a number: an
+// optional that is handed back is put together in memory by parts and then read as a whole, for
+// which a processor waits longer than all the reading takes.
 #ifndef MMSBRIX_WSP_WAP_MMS_SHARED_H
 #define MMSBRIX_WSP_WAP_MMS_SHARED_H
 
@@ -38,35 +42,71 @@ Uintvar decodeUintvar(Octets octets) noexcept;
 Uintvar decodeUintvar(Octets buffer, std::size_t available) noexcept;
 /// Decodes a uintvar at the 1-based `place` ahead of the cursor; consumes nothing.
 Uintvar peekUintvar(const Reader& in, std::size_t place) noexcept;
-/// Reads a uintvar and skips the octets it used; nothing when it is unterminated.
-std::optional<std::uint32_t> readUintvar(Reader& in) noexcept;
+/// Reads a uintvar of any number of octets and skips them; false when it is unterminated.
+bool takeUintvar(Reader& in, std::uint32_t& value) noexcept;
+/// The same; nothing when it is unterminated.  Most are one octet.
+[[gnu::always_inline]] inline std::optional<std::uint32_t> readUintvar(Reader& in) noexcept {
+  const auto first = in.peekOctet();
+  std::uint32_t value = first.value_or(0);
+  if (first && *first < 0x80) {
+    in.skip(1);
+  } else if (!takeUintvar(in, value)) {
+    return std::nullopt;
+  }
+  return value;
+}
 /// True when `octets` begins with a terminated uintvar that has no leading zero group (0x80).
 bool isUintvar(Octets octets) noexcept;
 
 /// Writes the low seven bits of `value` as a short-integer.
 void writeShortInteger(Writer& out, std::uint8_t value) noexcept;
 /// Reads one octet without its high bit; nothing at the end of the input.
-std::optional<std::uint8_t> readShortInteger(Reader& in) noexcept;
+[[gnu::always_inline]] inline std::optional<std::uint8_t> readShortInteger(Reader& in) noexcept {
+  const auto octet = in.octet();
+  if (!octet) return std::nullopt;
+  return static_cast<std::uint8_t>(*octet & 0x7F);
+}
 
 /// Minimal octet count of `value` in a long-integer, 1 to 8.
 [[nodiscard]] std::size_t longIntegerOctets(std::uint64_t value) noexcept;
 void writeLongInteger(Writer& out, std::uint64_t value) noexcept;
 /// Reads short-length and that many octets (clamped to what is left); with more than eight octets
-/// the earliest are shifted out.  A length of 0 gives 0.  Nothing when the first octet is above 30.
-std::optional<std::uint64_t> readLongInteger(Reader& in) noexcept;
+/// the earliest are shifted out.  A length of 0 gives 0.  False when the first octet is above 30.
+bool takeLongInteger(Reader& in, std::uint64_t& value) noexcept;
+/// The same; nothing when the first octet is above 30.
+[[gnu::always_inline]] inline std::optional<std::uint64_t> readLongInteger(Reader& in) noexcept {
+  std::uint64_t value = 0;
+  if (!takeLongInteger(in, value)) return std::nullopt;
+  return value;
+}
 
 /// Writes a short-integer below 128, else a long-integer.
 void writeInteger(Writer& out, std::uint64_t value) noexcept;
 [[nodiscard]] std::size_t integerSize(std::uint64_t value) noexcept;
 /// Reads a short-integer or a long-integer; nothing when the next octet opens neither.
-std::optional<std::uint64_t> readInteger(Reader& in) noexcept;
+[[gnu::always_inline]] inline std::optional<std::uint64_t> readInteger(Reader& in) noexcept {
+  const auto first = in.peekOctet();
+  std::uint64_t value = first.value_or(0) & 0x7F;
+  if (first && *first >= kShortIntegerBit) {
+    in.skip(1);
+  } else if (!takeLongInteger(in, value)) {
+    return std::nullopt;
+  }
+  return value;
+}
 
 void writeValueLength(Writer& out, std::uint32_t length) noexcept;
 /// Puts in, at `begin`, the value-length of all that has been written from there on.
 void insertValueLength(Writer& out, std::size_t begin) noexcept;
 [[nodiscard]] std::size_t valueLengthSize(std::uint32_t length) noexcept;
 /// Reads a value-length; nothing when the next octet opens none or its uintvar is broken.
-std::optional<std::uint32_t> readValueLength(Reader& in) noexcept;
+[[gnu::always_inline]] inline std::optional<std::uint32_t> readValueLength(Reader& in) noexcept {
+  const auto first = in.peekOctet();
+  if (!first || *first > kLengthQuote) return std::nullopt;
+  in.skip(1);
+  if (*first < kLengthQuote) return *first;
+  return readUintvar(in);
+}
 
 /// Writes a text-string: the quote octet when the first character is 0x80 or above, the characters,
 /// a zero.  `text` ends at its first zero at the latest.
@@ -74,7 +114,10 @@ void writeTextString(Writer& out, std::string_view text) noexcept;
 [[nodiscard]] std::size_t textStringSize(std::string_view text) noexcept;
 /// Reads a text-string: a leading quote octet is passed over, the zero is consumed, a missing zero
 /// leaves the text as far as it goes.
-std::string_view readTextString(Reader& in) noexcept;
+inline std::string_view readTextString(Reader& in) noexcept {
+  if (in.peekOctet() == kTextQuote) in.skip(1);
+  return in.text();
+}
 /// Writes the characters and a zero, without a quote octet.
 void writeTokenText(Writer& out, std::string_view text) noexcept;
 /// True when a zero octet is ahead, so that a text does not run out of the input.

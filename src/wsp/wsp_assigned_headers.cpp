@@ -57,7 +57,7 @@ std::span<const StringInt> namedRows(const AssignmentsBase& table) noexcept {
 }
 
 bool equals(const AssignmentsBase& table, std::string_view a, std::string_view b) noexcept {
-  return a == b || (table.caseSensitive == 0 && mmsbrix::equalsIgnoringCase(a, b));
+  return table.caseSensitive != 0 ? a == b : mmsbrix::equalsIgnoringCase(a, b);
 }
 
 const StringInt* findName(const AssignmentsBase& table, std::string_view name) noexcept {

@@ -6,6 +6,7 @@
 
 #include "mms/mmscodec.h"
 #include "platform/charset.h"
+#include "platform/xml.h"
 #include "smil/smilcodec.h"
 #include "support/parse_errors.h"
 #include "support/smil.h"
@@ -83,6 +84,70 @@ TEST(SmilReader, WhatADocumentTypeAddsToTheTree) {
   EXPECT_EQ(read("<!DOCTYPE smil [<!ATTLIST par dur CDATA '5s' x CDATA #IMPLIED>]><smil><par/>"
                  "<par dur='1s'/></smil>"),
             "smil(par[dur=5s] par[dur=1s])");
+}
+
+// What a document tells, or that it is refused.
+class Told final : public platform::XmlEvents {
+ public:
+  static std::string of(const std::string& text) {
+    Told told;
+    return platform::readXml(text, told) ? "(refused)" : told.all_;
+  }
+  void startElement(std::string_view name,
+                    std::span<const platform::XmlAttribute> attributes) override {
+    (all_ += '<') += name;
+    for (const auto& [attribute, value] : attributes) {
+      (((all_ += ' ') += attribute) += '=') += value;
+    }
+    all_ += '>';
+  }
+  void endElement() override { all_ += "</>"; }
+  void other(const char* name) override { all_ += name; }
+  void characters(std::string_view piece) override { all_ += piece; }
+
+ private:
+  std::string all_;
+};
+
+// A comment behind the document changes nothing but that it is no plain one any more.
+TEST(SmilReader, PlainDocumentsTellWhatAParserTells) {
+  constexpr std::string_view kTexts[] = {
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<smil a='1'\tb = \"x>y\"\r\n>\r\n\t<body >"
+      "<par\n/> \n<x:y-.0_ xmlns:x='u' xml:lang='fi' a:='2'></x:y-.0_\t></body >\n</smil>\n ",
+      " \n<a><b><c d=''/></b>\n\r\n<b e='f' g='h'/></a>",
+  };
+  constexpr std::string_view kInstead = "<>/='\"&!?-:.1aZ_ \t\r\n~\x7F\xC3\x01";
+  for (const std::string_view text : kTexts) {
+    ASSERT_NE(Told::of(std::string(text)), "(refused)");
+    for (std::size_t i = 0; i < text.size(); ++i) {
+      std::string changed(text.substr(0, i));
+      EXPECT_EQ(Told::of(changed), Told::of(changed + "<!---->")) << changed;
+      for (const char c : kInstead) {
+        for (const std::size_t replaced : {1, 0}) {
+          changed = std::string(text).replace(i, replaced, 1, c);
+          EXPECT_EQ(Told::of(changed), Told::of(changed + "<!---->")) << changed;
+        }
+      }
+    }
+  }
+  const auto nested = [](std::size_t depth) {
+    std::string text;
+    for (std::size_t i = 0; i < depth; ++i) text += "<a>";
+    for (std::size_t i = 0; i < depth; ++i) text += "</a>";
+    return text;
+  };
+  const auto wide = [](std::size_t elements) {
+    std::string text = "<a>";
+    for (std::size_t i = 1; i < elements; ++i) text += "<b/>";
+    return text + "</a>";
+  };
+  for (const std::size_t more : {0, 1}) {
+    for (const auto& text :
+         {nested(platform::kMaxXmlDepth + more), wide(platform::kMaxXmlNodes + more)}) {
+      EXPECT_EQ(Told::of(text) == "(refused)", more == 1);
+      EXPECT_TRUE(Told::of(text) == Told::of(text + "<!---->"));
+    }
+  }
 }
 
 TEST(SmilReader, TheFileFormAddsTheMemoryFormReplaces) {

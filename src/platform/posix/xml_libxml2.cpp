@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/plain_xml.h"
 #include "platform/xml_limits.h"
 
 namespace mmsbrix::platform {
@@ -39,13 +40,9 @@ struct Run {
   unsigned declarations = 0;
   std::size_t entityOctets = 0;
   bool textPending = false;  // text that is not only blanks, and not told yet
-  std::unordered_map<std::string, std::vector<XmlAttribute>> defaults;  // by element
-  std::size_t defaultOctets = 0;  // that defaults have put into elements
-  // Of the element being told: the first `attributeCount` of them.  The texts of former elements
-  // stay behind, so that their memory is used again.
-  std::string tag;
-  std::vector<XmlAttribute> attributes;
-  std::size_t attributeCount = 0;
+  std::unordered_map<std::string, std::vector<std::pair<std::string, std::string>>> defaults;
+  std::size_t defaultOctets = 0;         // that defaults, kept by element, have put into elements
+  std::vector<XmlAttribute> attributes;  // of the element being told
 
   void stop() {
     stopped = true;
@@ -74,24 +71,17 @@ struct Run {
   void declared() {
     if (++declarations > kMaxXmlDeclarations) fail("The document type has too many declarations");
   }
-  void addAttribute(const char* name, const char* value) {
-    if (attributeCount == attributes.size()) attributes.emplace_back();
-    XmlAttribute& attribute = attributes[attributeCount++];
-    attribute.name = name;
-    attribute.value = value;
-  }
   // Defaults that a document type declares are text that the document does not have, like entities.
-  void addDefaults() {
+  void addDefaults(const char* tag) {
     const auto ofElement = defaults.find(tag);
     if (ofElement == defaults.end()) return;
-    for (const XmlAttribute& attribute : ofElement->second) {
-      const auto isNamesake = [&](const XmlAttribute& own) { return own.name == attribute.name; };
-      const auto present = std::span(attributes).first(attributeCount);
-      if (std::any_of(present.begin(), present.end(), isNamesake)) continue;
-      defaultOctets += attribute.name.size() + attribute.value.size();
+    for (const auto& [name, value] : ofElement->second) {
+      const auto isNamesake = [&](const XmlAttribute& own) { return own.name == name; };
+      if (std::any_of(attributes.begin(), attributes.end(), isNamesake)) continue;
+      defaultOctets += name.size() + value.size();
       if (defaultOctets > kMaxXmlEntityOctets)
         return fail("The default attributes are too much text");
-      addAttribute(attribute.name.c_str(), attribute.value.c_str());
+      attributes.push_back({name, value});
     }
   }
   xmlEntityPtr resolved(xmlEntityPtr entity) {
@@ -123,16 +113,14 @@ void startElement(void* user, const xmlChar* name, const xmlChar** attributes) {
   inRun(user, [&](Run& run) {
     run.flushText();
     if (++run.depth > kMaxXmlDepth) return run.fail("The elements are nested too deeply");
-    run.tag = chars(name);
-    run.attributeCount = 0;
+    run.attributes.clear();
     for (; attributes != nullptr && attributes[0] != nullptr; attributes += 2) {
-      run.addAttribute(chars(attributes[0]), attributes[1] == nullptr ? "" : chars(attributes[1]));
+      run.attributes.push_back(
+          {chars(attributes[0]), attributes[1] == nullptr ? "" : chars(attributes[1])});
     }
-    if (!run.defaults.empty()) run.addDefaults();
-    run.count(1 + run.attributeCount);
-    if (!run.stopped) {
-      run.events.startElement(run.tag, std::span(run.attributes).first(run.attributeCount));
-    }
+    if (!run.defaults.empty()) run.addDefaults(chars(name));
+    run.count(1 + run.attributes.size());
+    if (!run.stopped) run.events.startElement(chars(name), run.attributes);
   });
 }
 
@@ -200,7 +188,7 @@ void attributeDecl(void* user, const xmlChar* element, const xmlChar* name, int,
   xmlFreeEnumeration(values);
   inRun(user, [&](Run& run) {
     run.declared();
-    if (value != nullptr) run.defaults[chars(element)].push_back({chars(name), chars(value)});
+    if (value != nullptr) run.defaults[chars(element)].emplace_back(chars(name), chars(value));
   });
 }
 
@@ -318,6 +306,7 @@ class SilenceScope {
 }  // namespace
 
 std::optional<XmlError> readXml(std::string_view utf8, XmlEvents& events) {
+  if (readPlainXml(utf8, events)) return std::nullopt;
   if (auto refused = refusedBeforehand(utf8)) return refused;
 
   xmlInitParser();

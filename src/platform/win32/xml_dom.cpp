@@ -6,6 +6,7 @@
 #include <msxml.h>
 
 #include <algorithm>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -180,7 +181,7 @@ class Walk {
     }
     ComText name;
     node->get_nodeName(name.out());
-    std::vector<XmlAttribute> attributes;
+    std::vector<std::pair<std::string, std::string>> texts;
     ComPointer<IXMLDOMNamedNodeMap> map;
     if (node->get_attributes(map.out()) == S_OK && map) {
       map->reset();
@@ -190,10 +191,12 @@ class Walk {
         ComValue value;
         attribute->get_nodeName(attributeName.out());
         attribute->get_nodeValue(value.out());
-        attributes.push_back({attributeName.utf8(), value.utf8()});
-        attributeOctets_ += attributes.back().name.size() + attributes.back().value.size();
+        texts.emplace_back(attributeName.utf8(), value.utf8());
+        attributeOctets_ += texts.back().first.size() + texts.back().second.size();
       }
     }
+    std::vector<XmlAttribute> attributes;
+    for (const auto& [attributeName, value] : texts) attributes.push_back({attributeName, value});
     count(1 + attributes.size());
     if (attributeOctets_ > kMaxXmlOctets + kMaxXmlEntityOctets) {
       reason_ = "The default attributes are too much text";

@@ -75,13 +75,14 @@ struct Run {
   void addDefaults(const char* tag) {
     const auto ofElement = defaults.find(tag);
     if (ofElement == defaults.end()) return;
-    for (const auto& [name, value] : ofElement->second) {
-      const auto isNamesake = [&](const XmlAttribute& own) { return own.name == name; };
+    for (const std::pair<std::string, std::string>& declared : ofElement->second) {
+      const XmlAttribute attribute{declared.first, declared.second};
+      const auto isNamesake = [&](const XmlAttribute& own) { return own.name == attribute.name; };
       if (std::any_of(attributes.begin(), attributes.end(), isNamesake)) continue;
-      defaultOctets += name.size() + value.size();
+      defaultOctets += attribute.name.size() + attribute.value.size();
       if (defaultOctets > kMaxXmlEntityOctets)
         return fail("The default attributes are too much text");
-      attributes.push_back({name, value});
+      attributes.push_back(attribute);
     }
   }
   xmlEntityPtr resolved(xmlEntityPtr entity) {

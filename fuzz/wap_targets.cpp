@@ -36,6 +36,18 @@ WdpAddress peerOf(std::uint8_t octet) {
   return peer;
 }
 
+/// Lets so much time pass, with the timers that end in it; returns when it is over.
+template <typename Engine, typename Drain>
+TimePoint elapse(Engine& engine, TimePoint now, Duration time, Drain drain) {
+  const TimePoint end = now + time;
+  for (auto at = engine.deadline(); at && *at <= end; at = engine.deadline()) {
+    now = std::max(now, *at);
+    engine.onTimer(now);
+    drain(now);
+  }
+  return end;
+}
+
 /// Lets time pass until no timer runs.
 template <typename Engine, typename Drain>
 void settle(Engine& engine, TimePoint now, Drain drain) {
@@ -105,13 +117,10 @@ class EndpointRun {
     drain();
   }
   void pass(Duration time) {
-    const TimePoint end = now_ + time;
-    for (auto at = endpoint_.deadline(); at && *at <= end; at = endpoint_.deadline()) {
-      now_ = std::max(now_, *at);
-      endpoint_.onTimer(now_);
+    now_ = elapse(endpoint_, now_, time, [this](TimePoint now) {
+      now_ = now;
       drain();
-    }
-    now_ = end;
+    });
   }
   void finish() {
     settle(endpoint_, now_, [this](TimePoint now) {
@@ -316,16 +325,9 @@ void wspSession(Input input) {
         }
         break;
       case 0x0E:
-      case 0x0F: {
-        const TimePoint end = now + Duration(250) * script.octet();
-        for (auto at = client.deadline(); at && *at <= end; at = client.deadline()) {
-          now = std::max(now, *at);
-          client.onTimer(now);
-          drain(now);
-        }
-        now = end;
+      case 0x0F:
+        now = elapse(client, now, Duration(250) * script.octet(), drain);
         break;
-      }
       default:
         client.receive(peerOf(verb), script.octets(), now);
         break;
@@ -406,13 +408,10 @@ class ServerRun {
     drain();
   }
   void pass(Duration time) {
-    const TimePoint end = now_ + time;
-    for (auto at = server_.deadline(); at && *at <= end; at = server_.deadline()) {
-      now_ = std::max(now_, *at);
-      server_.onTimer(now_);
+    now_ = elapse(server_, now_, time, [this](TimePoint now) {
+      now_ = now;
       drain();
-    }
-    now_ = end;
+    });
   }
   void finish() {
     settle(server_, now_, [this](TimePoint now) {

@@ -1,5 +1,6 @@
 #include "smil/reader.h"
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <string>
@@ -44,6 +45,29 @@ Created createNode(std::string_view tag) {
   return std::make_unique<CSMILNode>(spelling.c_str());
 }
 
+// True when no two names are the same but for their case.  Documents may have hundreds of them in
+// an element, which are not compared each with all others.
+bool differInAnyCase(std::span<const platform::XmlAttribute> attributes) {
+  constexpr std::size_t kFew = 8;
+  if (attributes.size() <= kFew) {
+    for (auto one = attributes.begin(); one != attributes.end(); ++one) {
+      const bool isNew = std::none_of(attributes.begin(), one, [one](const auto& earlier) {
+        return equalsIgnoringCase(earlier.name, one->name);
+      });
+      if (!isNew) return false;
+    }
+    return true;
+  }
+  std::vector<std::string> names;
+  names.reserve(attributes.size());
+  for (const platform::XmlAttribute& attribute : attributes) {
+    std::string& name = names.emplace_back(attribute.name);
+    std::transform(name.begin(), name.end(), name.begin(), foldAscii);
+  }
+  std::sort(names.begin(), names.end());
+  return std::adjacent_find(names.begin(), names.end()) == names.end();
+}
+
 class Builder final : public platform::XmlEvents {
  public:
   explicit Builder(CSMIL& smil) noexcept : smil_(smil) {}
@@ -60,8 +84,13 @@ class Builder final : public platform::XmlEvents {
     }
     CSMILNode& node = *open_.back();
     node.ReserveAttributes(static_cast<unsigned>(attributes.size()));
-    for (const platform::XmlAttribute& attribute : attributes) {
-      node.PutAttribute(attribute.name, attribute.value);
+    const bool differ = differInAnyCase(attributes);
+    for (const auto& [attribute, value] : attributes) {
+      if (differ) {
+        node.AppendAttribute(attribute, value);
+      } else {
+        node.PutAttribute(attribute, value);
+      }
     }
   }
   void endElement() override { open_.pop_back(); }

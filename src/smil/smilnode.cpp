@@ -184,7 +184,7 @@ void CSMILNode::PutAttribute(std::string_view name, std::string_view value) {
     existing = CSMILAttr(name, value);
     return;
   }
-  attributes_.emplace_back(name, value);
+  AppendAttribute(name, value);
 }
 
 bool CSMILNode::RemoveAttribute(const char* name) {

@@ -77,6 +77,11 @@ class MMSBRIX_API CSMILNode {
   virtual void AddAttribute(CSMILAttr* attr);
   /// The same from views.
   void PutAttribute(std::string_view name, std::string_view value);
+  /// Appends an attribute whose name, in any case, the node does not have yet: readers that know so
+  /// need no search.
+  void AppendAttribute(std::string_view name, std::string_view value) {
+    attributes_.emplace_back(name, value);
+  }
   /// Makes room for `count` attributes in all, so that a known number costs one allocation.
   void ReserveAttributes(unsigned int count) { attributes_.reserve(count); }
   /// False when there is none of that name.  The attribute cursor is left at the removed position,

@@ -56,6 +56,9 @@ void appendEscaped(std::string& out, std::string_view utf8) {
   }
 }
 
+// Literals are views, whose length is known.
+using std::string_view_literals::operator""sv;
+
 class Writer {
  public:
   // The child cursors of the nodes say how far each of them is written, so no recursion is needed.
@@ -85,11 +88,11 @@ class Writer {
 
   // Begins a start tag, whose end depends on what follows; false when the element is left out.
   bool open(CSMILNode& node) {
-    const std::string_view tag = xmlText(node.GetTag());
-    if (!isXmlName(tag)) return false;
+    const std::string_view tag = xmlName(node.GetTag());
+    if (tag.empty()) return false;
     if (!open_.empty()) {
       if (std::exchange(open_.back().empty, false)) out_ += '>';
-      out_ += "\r\n";
+      out_ += "\r\n"sv;
       out_.append(std::min<std::size_t>(open_.size(), kMaxIndentation), '\t');
     }
     out_ += '<';
@@ -102,9 +105,11 @@ class Writer {
   void close() {
     const Open& current = open_.back();
     if (current.empty) {
-      out_ += "/>";
+      out_ += "/>"sv;
     } else {
-      out_.append("</").append(current.tag).append(">");
+      out_ += "</"sv;
+      out_ += current.tag;
+      out_ += '>';
     }
     open_.pop_back();
   }
@@ -115,8 +120,8 @@ class Writer {
     attributes_.clear();
     for (unsigned i = 0; i < node.AttributeCount(); ++i) {
       const CSMILAttr& attribute = *node.Attribute(i);
-      const std::string_view name = xmlText(attribute.Name());
-      if (!isXmlName(name)) continue;
+      const std::string_view name = xmlName(attribute.Name());
+      if (name.empty()) continue;
       const auto same = std::find_if(attributes_.begin(), attributes_.end(),
                                      [&](const auto& earlier) { return earlier.first == name; });
       if (same != attributes_.end()) {
@@ -126,10 +131,28 @@ class Writer {
       }
     }
     for (const auto& [name, value] : attributes_) {
-      out_.append(" ").append(name).append("=\"");
-      appendEscaped(out_, xmlText(value));
+      out_ += ' ';
+      out_ += name;
+      out_ += "=\""sv;
+      writeValue(value);
       out_ += '"';
     }
+  }
+
+  // Most values stand as they are, in every charset.
+  void writeValue(std::string_view value) {
+    if (plainLength(value) == value.size()) {
+      out_ += value;
+    } else {
+      appendEscaped(out_, xmlText(value));
+    }
+  }
+
+  // Empty for what XML does not allow as a name.
+  std::string_view xmlName(std::string_view text) {
+    if (isXmlName(text)) return text;
+    const std::string_view name = xmlText(text);
+    return isXmlName(name) ? name : std::string_view();
   }
 
   // A text that is UTF-8, as nearly all are, is not copied; what others become stays until the end.

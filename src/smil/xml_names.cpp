@@ -42,6 +42,11 @@ constexpr auto kNameRest = std::to_array<Range>({
     {0x203F, 0x2040},
 });
 
+bool isAsciiLetter(char c) noexcept {
+  const auto fromA = static_cast<unsigned char>((c | 0x20) - 'a');
+  return fromA <= 'z' - 'a';
+}
+
 bool isIn(std::span<const Range> ranges, char32_t character) noexcept {
   return std::any_of(ranges.begin(), ranges.end(), [character](const Range& range) {
     return character >= range.first && character <= range.last;
@@ -51,14 +56,11 @@ bool isIn(std::span<const Range> ranges, char32_t character) noexcept {
 }  // namespace
 
 bool isXmlName(std::string_view utf8) noexcept {
-  bool first = true;
+  // Letters, of which names are made.
+  const auto* const other = std::find_if_not(utf8.begin(), utf8.end(), isAsciiLetter);
+  bool first = other == utf8.begin();
+  utf8.remove_prefix(static_cast<std::size_t>(other - utf8.begin()));
   while (!utf8.empty()) {
-    // Letters, of which names are made.
-    if (const char c = foldAscii(utf8.front()); c >= 'a' && c <= 'z') {
-      utf8.remove_prefix(1);
-      first = false;
-      continue;
-    }
     // The replacement character, which stands for a bad octet, is in no range.
     const char32_t character = platform::takeUtf8Character(utf8);
     if (!isIn(kNameStart, character) && (first || !isIn(kNameRest, character))) return false;

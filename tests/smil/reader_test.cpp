@@ -42,6 +42,8 @@ TEST(SmilReader, AttributesInDocumentOrderNamespacesIncludedLastValueWins) {
   EXPECT_EQ(read("<smil b='1' xmlns='u' a=\"x&lt;&#65;&#x20AC;\" xml:lang='fi' p:q='undeclared' "
                  "B='2'/>"),
             "smil[B=2 xmlns=u a=x<A\xE2\x82\xAC xml:lang=fi p:q=undeclared]");
+  EXPECT_EQ(read("<smil a='1' b='' c='' d='' e='' f='' g='' h='' i='' A='2'/>"),
+            "smil[A=2 b= c= d= e= f= g= h= i=]");
   EXPECT_EQ(read("<smil a=' x\n\ty '/>"), "smil[a= x  y ]") << "blanks are normalised";
 }
 

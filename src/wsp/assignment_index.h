@@ -11,7 +11,6 @@
 #include <cstdint>
 #include <string_view>
 
-#include "platform/ascii.h"
 #include "wsp/wsp_assigned_headers.h"
 
 namespace WapAssignments {
@@ -31,17 +30,24 @@ struct AssignmentsIndex {
   std::uint32_t bucketMask;
 
   [[nodiscard]] static constexpr std::uint32_t hashOf(std::string_view name) noexcept {
-    if (name.empty()) return 0;
-    // Names differ at the end and in their length more than at the beginning.
-    const auto at = [name](std::size_t i) {
-      return static_cast<std::uint32_t>(static_cast<std::uint8_t>(mmsbrix::foldAscii(name[i])));
+    // Names differ in their first octets, their last ones or their length.  The bit that makes
+    // small letters is set in all octets, so that case does not count.
+    constexpr std::size_t kEnd = 4;
+    constexpr std::uint32_t kSmall = 0x20202020;
+    const auto octets = [name](std::size_t from, std::size_t count) {
+      std::uint32_t value = kSmall;
+      for (std::size_t i = 0; i < count; ++i) {
+        value |= std::uint32_t{static_cast<std::uint8_t>(name[from + i])} << 8 * i;
+      }
+      return value;
     };
-    const std::size_t last = name.size() - 1;
-    std::uint32_t hash = static_cast<std::uint32_t>(name.size());
-    for (const std::size_t i : {std::size_t{0}, name.size() / 2, last - last / 4, last}) {
-      hash = hash * 31 + at(i);
+    std::uint64_t ends = name.size();
+    if (name.size() >= kEnd) {
+      ends += std::uint64_t{octets(0, kEnd)} << 32 | octets(name.size() - kEnd, kEnd);
+    } else {
+      ends += octets(0, name.size());
     }
-    return hash ^ hash >> 9;
+    return static_cast<std::uint32_t>(ends * 0x9E3779B97F4A7C15 >> 40);
   }
   [[nodiscard]] static constexpr std::uint32_t hashOf(std::uint32_t code) noexcept {
     return code ^ code >> 7;

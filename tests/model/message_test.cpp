@@ -56,8 +56,11 @@ TEST(Message, AbsentIsNotEmpty) {
   CMMString subject("s", "us-ascii");
   message.SetSubject(&subject);
   subject.Set(nullptr);
-  EXPECT_STREQ(message.GetSubject()->Get(), "s");
-  EXPECT_STREQ(subject.Get(), "");
+  subject.SetCharset(nullptr);
+  EXPECT_STREQ(static_cast<const char*>(*message.GetSubject()), "s");
+  EXPECT_STREQ(message.GetSubject()->GetCharset(), "us-ascii");
+  EXPECT_STREQ(static_cast<char*>(subject), "");
+  EXPECT_STREQ(subject.GetCharset(), "");
   message.SetSubject(nullptr);
   EXPECT_EQ(message.GetSubject(), nullptr);
 }
@@ -103,6 +106,10 @@ TEST(Part, AssigningAChildToItsParentKeepsTheChild) {
   part.AddChild(&part);
   part = part;  // NOLINT: on purpose
   EXPECT_EQ(part.ChildCount(), 1U);
+  part.Headers()->AddNew();
+  part.Clear();
+  EXPECT_EQ(part.ChildCount() + part.Headers()->Count(), 0U);
+  EXPECT_EQ(part.GetContent(), nullptr);
 }
 
 // Texts of 15 octets and more are held in different ways; each may be given a piece of itself.

@@ -86,6 +86,8 @@ TEST(SmilReader, WhatADocumentTypeAddsToTheTree) {
   EXPECT_EQ(read("<!DOCTYPE smil [<!ATTLIST par dur CDATA '5s' x CDATA #IMPLIED>]><smil><par/>"
                  "<par dur='1s'/></smil>"),
             "smil(par[dur=5s] par[dur=1s])");
+  EXPECT_EQ(read("<!DOCTYPE smil [<!NOTATION n SYSTEM 'x'><!ENTITY e SYSTEM 'f' NDATA n>]><smil/>"),
+            "smil");
 }
 
 // What a document tells, or that it is refused.

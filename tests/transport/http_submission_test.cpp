@@ -429,6 +429,8 @@ TEST(Transport, UnconnectedOneSendsNothingAndKeepsTheText) {
   EXPECT_FALSE(base.ConnectGtw("h", 1, 0));
   EXPECT_FALSE(base.SendMMS("u", "f", 0));
   EXPECT_EQ(base.GetResult(text), 0u);
+  EXPECT_TRUE(base.Abort());
+  base.DisconnectGtw();
 }
 
 TEST(Transport, CopyRefersToTheSameConnection) {

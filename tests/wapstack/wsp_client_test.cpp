@@ -199,7 +199,8 @@ std::vector<Script> scripts() {
       {"methods aborted by the server",
        kConnected + kGot1 +
            "< 21 80 02 E9\n ! aborted 1 E9\n get 2\n > 0A 00 03 02 40 01 'u'\n"
-           "< 18 80 03\n ! confirmed 2\n < 20 80 03 07\n ! aborted 2 E4\n" +
+           "< 18 80 03\n ! confirmed 2\n < 20 80 03 07\n ! aborted 2 E4\n"
+           "get 3\n > 0A 00 04 02 40 01 'u'\n < 20 80 04 09\n ! aborted 3 E6\n" +
            over},
       {"TIDs that the server asks about: Tok while a method is open, never for one that is over",
        kConnectPlain + "< 1C 80 01\n > 1C 00 01\n < 16 80 01 02 07 00 00\n " + kAck1 +
@@ -372,6 +373,10 @@ TEST(WspClient, TheServerSduSizeCountsTheWholePdu) {
               unlimited ? Refusal::cannotBeSent : Refusal::largerThanAgreed);
     EXPECT_EQ(post(test.largest), Refusal::none);
   }
+  Client client(wtp::Settings{}, 1);
+  client.connect({}, {}, std::vector<std::uint8_t>(256 * 1400), {});
+  EXPECT_EQ(describe(client.takeEvent().value()), "disconnected E6");
+  EXPECT_EQ(client.state(), State::null);
 }
 
 TEST(WspClient, MethodsBeyondTheStandardsMustBeAgreedOn) {

@@ -1,4 +1,5 @@
 // A message, its defaults, its optional members and its copies.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -11,13 +12,11 @@ namespace mmsbrix::test {
 namespace {
 
 void expectCleared(CMMsg& message) {
-  EXPECT_EQ(message.GetMsgType(), 0);
-  EXPECT_EQ(message.GetMsgClass(), 0);
-  EXPECT_EQ(message.GetPriority(), 0);
-  EXPECT_EQ(message.GetResponseStatus(), 0);
-  EXPECT_EQ(message.GetSenderVisibility(), -1);
-  EXPECT_EQ(message.GetDeliveryReport(), -1);
-  EXPECT_EQ(message.GetReadReply(), -1);
+  const int numbers[] = {message.GetMsgType(),          message.GetMsgClass(),
+                         message.GetPriority(),         message.GetResponseStatus(),
+                         message.GetSenderVisibility(), message.GetDeliveryReport(),
+                         message.GetReadReply()};
+  EXPECT_THAT(numbers, testing::ElementsAre(0, 0, 0, 0, -1, -1, -1));
   EXPECT_STREQ(message.GetVersion(), "");
   EXPECT_EQ(message.GetTransactionId(), nullptr);
   EXPECT_EQ(message.GetMessageId(), nullptr);

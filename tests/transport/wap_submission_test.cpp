@@ -203,8 +203,7 @@ TEST(WapSubmission, EveryEndHasItsCodeTextAndLayer) {
        Outcome::aborted,
        "0xE4 (The peer is congested and can not process the SDU)"},
       {{.abortReason = 0xE2}, 0, "", Outcome::aborted, "0xE2 (Session has been suspended)"},
-      {{.abortReason = 0xE9}, 0, "", Outcome::noAnswer, "does not answer any more"},
-  };
+      {{.abortReason = 0xE9}, 0, "", Outcome::noAnswer, "does not answer any more"}};
   for (const Case& expected : cases) {
     const auto gateway = answering(expected.response);
     Submission submission;
@@ -238,8 +237,7 @@ TEST(WapSubmission, SessionsThatDoNotComeAboutNameTheReason) {
   const Case cases[] = {
       {{.refuseStatus = 403}, Outcome::refused, "refused the session: 0x43 (Forbidden"},
       {{.abortReason = 0xE4}, Outcome::refused, "refused the session: 0xE4"},
-      {{.lossPercent = 100}, Outcome::noAnswer, "does not answer"},
-  };
+      {{.lossPercent = 100}, Outcome::noAnswer, "does not answer"}};
   for (const Case& expected : cases) {
     const auto gateway = started(expected.options);
     Submission submission;

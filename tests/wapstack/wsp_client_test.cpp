@@ -308,8 +308,7 @@ std::vector<Script> scripts() {
        kResuming + kConfirmedPush +
            "> 21 80 05 E0\n < 0A 00 07 11 00\n > 21 80 07 E0\n"
            "disconnect\n > 00 04 21 00 03 E1 06 0A 00 04 00 05 07\n ! disconnected EA\n " +
-           over},
-  };
+           over}};
 }
 
 template <std::size_t N>
@@ -353,14 +352,12 @@ TEST(WspClient, TheServerSduSizeCountsTheWholePdu) {
     const char* answer;
     std::size_t largest;  ///< body that is taken, with 5 octets before it
   };
-  const Case cases[] = {
-      {std::nullopt, "", 1395},         // the default
-      {300, "", 295},                   // as proposed
-      {30000, "03 81 A7 10", 5003},     // less than proposed
-      {30000, "01 81", 1395},           // not understood
-      {0, "02 81 00", 256 * 1400 - 5},  // no limit: as many packets as there are
-      {400000, "04 81 98 B5 00", 256 * 1400 - 5},
-  };
+  const Case cases[] = {{std::nullopt, "", 1395},         // the default
+                        {300, "", 295},                   // as proposed
+                        {30000, "03 81 A7 10", 5003},     // less than proposed
+                        {30000, "01 81", 1395},           // not understood
+                        {0, "02 81 00", 256 * 1400 - 5},  // no limit: as many packets as there are
+                        {400000, "04 81 98 B5 00", 256 * 1400 - 5}};
   for (const Case& test : cases) {
     SCOPED_TRACE(test.answer);
     const auto client = connected({.serverSduSize = test.proposed}, test.answer);
@@ -453,8 +450,7 @@ TEST(WspCapabilities, AnswersAreHeldAgainstTheProposal) {
       {"00", nullptr},
       {"05 80 92 A7", nullptr},
       {"02 80 92", nullptr},  // a number that does not end
-      {"80", nullptr},
-  };
+      {"80", nullptr}};
   const Capabilities proposed{300000, 0, std::uint8_t{0xA0}, std::uint8_t{4}, std::nullopt};
   for (const Case& test : cases) {
     const auto answered = decodeCapabilities(hex(test.answer));

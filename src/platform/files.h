@@ -38,7 +38,6 @@ class InputFile {
   /// directory is no file.
   static std::optional<InputFile> open(const char* path, unsigned* error = nullptr);
   InputFile(InputFile&&) noexcept;
-  InputFile& operator=(InputFile&&) noexcept;
   ~InputFile();
 
   [[nodiscard]] std::uint64_t size() const noexcept;

@@ -333,9 +333,4 @@ std::optional<Datagram> Endpoint::takeDatagram() {
   return datagram;
 }
 
-State Endpoint::state(Handle handle) const {
-  const auto found = transactions_.find(handle);
-  return found == transactions_.end() ? State::null : found->second.transaction.state();
-}
-
 }  // namespace mmsbrix::wtp

@@ -67,8 +67,6 @@ class Endpoint {
   /// The next datagram to send; small PDUs for the same peer travel together.
   std::optional<Datagram> takeDatagram();
 
-  /// The state of a transaction, `null` when there is none.
-  [[nodiscard]] State state(Handle handle) const;
   [[nodiscard]] std::size_t transactions() const noexcept { return transactions_.size(); }
   /// Counts the table rows that are taken from now on.
   void countRows(RowCounts* counts) noexcept { shared_.counts = counts; }

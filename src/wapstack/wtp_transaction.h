@@ -63,7 +63,6 @@ class Transaction {
   Transaction(Role role, Handle handle, const WdpAddress& peer, std::uint16_t tid, Terms terms,
               Shared& shared);
 
-  [[nodiscard]] Role role() const noexcept { return role_; }
   /// Without the direction bit.
   [[nodiscard]] std::uint16_t tid() const noexcept { return tid_; }
   /// True when nothing is left to do and the object may go.

@@ -25,7 +25,6 @@ class MultipartEntry {
   [[nodiscard]] const WapStack::Content_type_value& contentType() const noexcept {
     return contentType_;
   }
-  void setContentType(std::string_view text) { contentType_.setText(text); }
   [[nodiscard]] WapStack::Message_header& headers() noexcept { return headers_; }
   [[nodiscard]] const WapStack::Message_header& headers() const noexcept { return headers_; }
   [[nodiscard]] const std::vector<std::uint8_t>& data() const noexcept { return data_; }

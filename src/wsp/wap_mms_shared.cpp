@@ -33,10 +33,6 @@ void writeUintvar(Writer& out, std::uint32_t value) noexcept {
   out.append(Octets(octets, encodeUintvar(value, octets)));
 }
 
-std::size_t uintvarSize(std::uint32_t value) noexcept {
-  return highestGroupShift(value) / 7 + 1;
-}
-
 Uintvar decodeUintvar(Octets octets) noexcept {
   Uintvar result;
   for (; result.octets < std::min(octets.size(), kMaxUintvarOctets);) {
@@ -127,10 +123,6 @@ void insertValueLength(Writer& out, std::size_t begin) noexcept {
     octets += encodeUintvar(length, prefix + 1);
   }
   out.insert(begin, Octets(prefix, octets));
-}
-
-std::size_t valueLengthSize(std::uint32_t length) noexcept {
-  return length < kLengthQuote ? 1 : 1 + uintvarSize(length);
 }
 
 void writeTextString(Writer& out, std::string_view text) noexcept {

@@ -26,7 +26,6 @@ inline constexpr std::size_t kMaxUintvarOctets = 5;
 /// Writes `value` as a uintvar into `out` (room for five octets) and returns the octets written.
 std::size_t encodeUintvar(std::uint32_t value, std::uint8_t* out) noexcept;
 void writeUintvar(Writer& out, std::uint32_t value) noexcept;
-[[nodiscard]] std::size_t uintvarSize(std::uint32_t value) noexcept;
 
 /// Result of decoding a uintvar: what was accumulated, the octets read, and whether it went wrong.
 struct Uintvar {
@@ -98,7 +97,6 @@ void writeInteger(Writer& out, std::uint64_t value) noexcept;
 void writeValueLength(Writer& out, std::uint32_t length) noexcept;
 /// Puts in, at `begin`, the value-length of all that has been written from there on.
 void insertValueLength(Writer& out, std::size_t begin) noexcept;
-[[nodiscard]] std::size_t valueLengthSize(std::uint32_t length) noexcept;
 /// Reads a value-length; nothing when the next octet opens none or its uintvar is broken.
 [[gnu::always_inline]] inline std::optional<std::uint32_t> readValueLength(Reader& in) noexcept {
   const auto first = in.peekOctet();

@@ -83,7 +83,6 @@ class DefaultCodePage : public CodePage {
 class Shift_sequence {
  public:
   explicit Shift_sequence(std::uint8_t page) noexcept : page_(page) {}
-  [[nodiscard]] std::uint8_t page() const noexcept { return page_; }
   /// False, with nothing written, for page 0, which does not exist.
   bool encodeToFrame(Writer& out) const noexcept;
 

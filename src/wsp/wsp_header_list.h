@@ -23,7 +23,6 @@ class Header {
   [[nodiscard]] const std::string& name() const noexcept { return name_; }
   [[nodiscard]] const std::string& value() const noexcept { return value_; }
   [[nodiscard]] std::uint8_t page() const noexcept { return page_; }
-  void setValue(std::string_view value) { value_ = value; }
   /// Adds an element to the comma list that the value is.
   void addElement(std::string_view element) { value_.append(", ").append(element); }
   /// "Name: value" for logs; credentials are masked.

@@ -25,12 +25,10 @@ class Wap_value : public WapValue<Wap_value> {
  public:
   static constexpr std::string_view kTypeName = "Wap-value";
   Wap_value() = default;
-  explicit Wap_value(std::string_view text) : WapValue(text) {}
 
   /// The row of the value's header; null when it has none.
   [[nodiscard]] const HeaderRow* row() const noexcept { return row_; }
-  /// The encoding version in force; 1.2, which every peer has, to begin with.
-  [[nodiscard]] Version version() const noexcept { return version_; }
+  /// The encoding version in force is 1.2, which every peer has, to begin with.
   void setVersion(Version version) noexcept { version_ = version; }
   /// The text taken apart into what travels in repeated headers; at least one element.
   [[nodiscard]] std::vector<std::string_view> elements() const;

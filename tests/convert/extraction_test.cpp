@@ -80,8 +80,7 @@ TEST(HarmlessNames, KeepWhatPeopleReadAndNothingElse) {
       {"Com1 .a.b", "_Com1 .a.b"},
       {"lpt\xC2\xB2", "_lpt\xC2\xB2"},
       {"com10", "com10"},
-      {"console", "console"},
-  };
+      {"console", "console"}};
   for (const auto& [proposed, name] : kNames)
     EXPECT_EQ(harmlessFileName(proposed), name) << proposed;
   const std::string longName =
@@ -92,16 +91,13 @@ TEST(HarmlessNames, KeepWhatPeopleReadAndNothingElse) {
 
 TEST(Extraction, NamesAndExtensions) {
   const TemporaryFolder folder;
-  const CMMsg message = mixed({
-      part("image/jpeg", "1", {{"Content-Location", "../a.jpg"}, {"Content-ID", "<x>"}}),
-      part("image/jpeg", "2", {{"Content-ID", "<x@y>"}}),
-      part("image/jpeg", "3", {{"Content-Location", ".."}}, "name", "n.jpg"),
-      part("image/jpeg", "4", {{"Content-Location", "/x/a.jpg"}}),
-      part("image/jpeg", "5", {{"Content-Location", "<1>"}}),
-      part("x-own/type", "6"),
-      part("image/jpeg", "7"),
-      part("text/plain", "8", {{"Content-Location", "a.jpg"}}),
-  });
+  const CMMsg message =
+      mixed({part("image/jpeg", "1", {{"Content-Location", "../a.jpg"}, {"Content-ID", "<x>"}}),
+             part("image/jpeg", "2", {{"Content-ID", "<x@y>"}}),
+             part("image/jpeg", "3", {{"Content-Location", ".."}}, "name", "n.jpg"),
+             part("image/jpeg", "4", {{"Content-Location", "/x/a.jpg"}}),
+             part("image/jpeg", "5", {{"Content-Location", "<1>"}}), part("x-own/type", "6"),
+             part("image/jpeg", "7"), part("text/plain", "8", {{"Content-Location", "a.jpg"}})});
   const auto parts = extractParts(message, folder.path());
   EXPECT_THAT(names(parts), ElementsAre("a.jpg", "x@y.jpg", "n.jpg", "a #2.jpg", "1.jpg", "part",
                                         "part.jpg", "a #3.jpg"));
@@ -120,12 +116,10 @@ TEST(Extraction, AttacksOnTheFolderFail) {
   fs::create_symlink(outside.path("mine"), inner + "/a.jpg");
   fs::create_symlink(outside.path("new"), inner + "/a #2.jpg");
   const auto parts = extractParts(
-      mixed({
-          part("image/jpeg", "x", {{"Content-Location", "a.jpg"}}),
-          part("image/jpeg", "x", {{"Content-Location", "../b.jpg"}}),
-          part("image/jpeg", "x", {{"Content-Location", (outside.path() + "c.jpg").c_str()}}),
-          part("image/jpeg", "x", {{"Content-Location", "a.jpg/../d"}}),
-      }),
+      mixed({part("image/jpeg", "x", {{"Content-Location", "a.jpg"}}),
+             part("image/jpeg", "x", {{"Content-Location", "../b.jpg"}}),
+             part("image/jpeg", "x", {{"Content-Location", (outside.path() + "c.jpg").c_str()}}),
+             part("image/jpeg", "x", {{"Content-Location", "a.jpg/../d"}})}),
       inner);
   EXPECT_THAT(names(parts), ElementsAre("a #3.jpg", "b.jpg", "c.jpg", "d.jpg"));
   EXPECT_EQ(outside.get("mine"), "mine");
@@ -180,8 +174,7 @@ TEST(Extraction, TransferEncodingsAreUndone) {
        "a=b\xE4"
        "cd"},
       {"quoted-printable", "1=2 =ZZ =4", "1=2 =ZZ =4"},
-      {"binary", "=41", "=41"},
-  };
+      {"binary", "=41", "=41"}};
   for (const Case& row : kCases) {
     EXPECT_EQ(
         decodedContent(part("a/b", row.content, {{"Content-Transfer-Encoding", row.encoding}})),
@@ -204,8 +197,7 @@ TEST(Extraction, TextsInTheirCharsetOrInUtf8) {
       {"us-ascii", "\xE4", "\xC3\xA4"},                         // labelled wrongly
       {"utf-8", "\x80", "\xE2\x82\xAC"},
       {"x-unknown", "\xC3\xA4", "\xC3\xA4"},
-      {"", "\xE4", "\xC3\xA4"},
-  };
+      {"", "\xE4", "\xC3\xA4"}};
   for (const Case& row : kCases) {
     const TemporaryFolder folder;
     const CMMsg message = mixed({part("text/plain", row.content, {}, "charset", row.charset),

@@ -41,9 +41,7 @@ TEST_F(Dissector, ReadsEveryFieldAsItWasComposed) {
   command.cc = {"ann@example.com"};
   command.bcc = {"10.0.0.7"};
   command.from = "+35850111";
-  command.subject =
-      "Gr\xC3\xBC\xC3\x9F"
-      "e";
+  command.subject = "Grüße";
   command.hasSubject = true;
   command.texts = {"Hei \xF0\x9F\x98\x80"};
   command.attachments = {kMedia + "/photo.jpg", kMedia + "/chime.amr"};

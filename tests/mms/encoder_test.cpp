@@ -204,9 +204,14 @@ TEST(Encoder, AnUncodableChildEndsTheBody) {
             "8C 80 89 01 81 84 8C 02 01 00 82 " + normal("06 01 05 83 'q' 00 '1' 00 'x'"));
 }
 
+const char* contentOf(const CMMPart* part) {
+  return reinterpret_cast<const char*>(part->GetContent());
+}
+
 TEST(SavedFile, HoldsWhatMemoryHoldsAndReadsBack) {
   CMMsg message;
   fillComplete(message);
+  message.Content()->FirstChild()->SetContent("", 0);
   const TemporaryFolder folder;
   const std::string path = folder.put("m", "something longer than nothing, to be replaced");
   const auto octets = encode(message);
@@ -215,6 +220,13 @@ TEST(SavedFile, HoldsWhatMemoryHoldsAndReadsBack) {
   CMMsg read;
   EXPECT_EQ(MMS_Load(path.c_str(), &read, 0), 1);
   EXPECT_STREQ(read.GetTransactionId(), "T-1");
+  EXPECT_STREQ(contentOf(read.Content()->FirstChild()), "");
+  EXPECT_STREQ(contentOf(read.Content()->NextChild()), "Hei \xF0\x9F\x98\x80");
+  for (const char* body : {"", "x"}) {  // no multipart
+    const std::string single = folder.put("s", std::string("\x8C\x84\x84\x83") + body);
+    EXPECT_EQ(MMS_Load(single.c_str(), &read, 0), 1);
+    EXPECT_STREQ(contentOf(read.Content()), body);
+  }
 }
 
 TEST(SavedFile, StaysWhenTheMessageCannotBeEncoded) {

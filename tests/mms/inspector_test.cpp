@@ -42,6 +42,11 @@ TEST(Inspector, ShowsFieldsAndPartsWithTheirOffsets) {
   EXPECT_EQ(last.headers[0].name, "X-Own");
   EXPECT_EQ(octets[last.dataOffset], 0xFF);
   EXPECT_EQ(last.dataOffset + last.dataLength, octets.size());
+  const Inspection disposed = inspectHex("8C 84 84 A3 01 07 01 83 AE 04 81 86 'f' 00 'x'");
+  const InspectedHeader& disposition = disposed.parts.at(0).headers.at(0);
+  EXPECT_EQ(disposition.value, "attachment");
+  EXPECT_EQ(disposition.parameters.at(0).name + "=" + disposition.parameters[0].value,
+            "Filename=f");
 }
 
 struct ValueCase {

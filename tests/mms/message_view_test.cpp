@@ -111,6 +111,8 @@ TEST(MessageView, PointsIntoTheCallersOctets) {
   EXPECT_TRUE(view.isMultipart());
   EXPECT_EQ(view.find(0x0D)->octet(), 0x92);
   EXPECT_EQ(view.find(0x08)->number(), 2 * 86400U);
+  EXPECT_EQ(view.find(0x05)->number(), 1795257005U);
+  EXPECT_EQ(view.body().data() + view.body().size(), octets.data() + octets.size());
   EXPECT_EQ(view.find(MessageView::kFrom)->address().text, "+358401234567");
   EXPECT_EQ(shown(view.contentType()),
             "Content-Type: application/vnd.wap.multipart.related; Type=application/smil; "
@@ -119,6 +121,7 @@ TEST(MessageView, PointsIntoTheCallersOctets) {
   view.eachPart([&](const PartView& part) {
     EXPECT_GE(part.content.data(), octets.data());
     EXPECT_LE(part.content.data() + part.content.size(), octets.data() + octets.size());
+    EXPECT_EQ(part.header("X-None"), "");
     part.eachHeader([&](const HeaderView& header) {
       names.push_back(std::string(header.name) + "=" + std::string(header.text));
     });

@@ -10,7 +10,8 @@ namespace {
 
 void fill(CMMParamList& list) {
   for (const char* name : {"charset", "name", "Charset", "start"}) {
-    CMMParam parameter(name, std::to_string(list.Count()).c_str());
+    CMMParam parameter(nullptr, std::to_string(list.Count()).c_str());
+    parameter.Set(name);
     list.Add(&parameter);
   }
 }
@@ -20,10 +21,10 @@ TEST(List, AddKeepsACopy) {
   CMMAddr address("+1", CMMAddr::TYPE_PLMN);
   list.Add(&address);
   address.Value()->Set("changed");
-  EXPECT_STREQ(list.Get(0)->Value()->Get(), "+1");
+  EXPECT_STREQ(static_cast<const char*>(*list.Get(0)), "+1");
   EXPECT_EQ(list.Get(0)->GetType(), CMMAddr::TYPE_PLMN);
   for (int i = 0; i < 20; ++i) list.Add(list.Get(0));  // from its own storage, while it grows
-  EXPECT_STREQ(list.Get(20)->Value()->Get(), "+1");
+  EXPECT_STREQ(static_cast<char*>(*list.Get(20)), "+1");
 }
 
 TEST(List, TheWalkEndsAndStaysEnded) {

@@ -1,4 +1,5 @@
 // A message, its defaults, its optional members and its copies.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -11,13 +12,11 @@ namespace mmsbrix::test {
 namespace {
 
 void expectCleared(CMMsg& message) {
-  EXPECT_EQ(message.GetMsgType(), 0);
-  EXPECT_EQ(message.GetMsgClass(), 0);
-  EXPECT_EQ(message.GetPriority(), 0);
-  EXPECT_EQ(message.GetResponseStatus(), 0);
-  EXPECT_EQ(message.GetSenderVisibility(), -1);
-  EXPECT_EQ(message.GetDeliveryReport(), -1);
-  EXPECT_EQ(message.GetReadReply(), -1);
+  const int numbers[] = {message.GetMsgType(),          message.GetMsgClass(),
+                         message.GetPriority(),         message.GetResponseStatus(),
+                         message.GetSenderVisibility(), message.GetDeliveryReport(),
+                         message.GetReadReply()};
+  EXPECT_THAT(numbers, testing::ElementsAre(0, 0, 0, 0, -1, -1, -1));
   EXPECT_STREQ(message.GetVersion(), "");
   EXPECT_EQ(message.GetTransactionId(), nullptr);
   EXPECT_EQ(message.GetMessageId(), nullptr);
@@ -56,8 +55,11 @@ TEST(Message, AbsentIsNotEmpty) {
   CMMString subject("s", "us-ascii");
   message.SetSubject(&subject);
   subject.Set(nullptr);
-  EXPECT_STREQ(message.GetSubject()->Get(), "s");
-  EXPECT_STREQ(subject.Get(), "");
+  subject.SetCharset(nullptr);
+  EXPECT_STREQ(static_cast<const char*>(*message.GetSubject()), "s");
+  EXPECT_STREQ(message.GetSubject()->GetCharset(), "us-ascii");
+  EXPECT_STREQ(static_cast<char*>(subject), "");
+  EXPECT_STREQ(subject.GetCharset(), "");
   message.SetSubject(nullptr);
   EXPECT_EQ(message.GetSubject(), nullptr);
 }
@@ -103,6 +105,10 @@ TEST(Part, AssigningAChildToItsParentKeepsTheChild) {
   part.AddChild(&part);
   part = part;  // NOLINT: on purpose
   EXPECT_EQ(part.ChildCount(), 1U);
+  part.Headers()->AddNew();
+  part.Clear();
+  EXPECT_EQ(part.ChildCount() + part.Headers()->Count(), 0U);
+  EXPECT_EQ(part.GetContent(), nullptr);
 }
 
 // Texts of 15 octets and more are held in different ways; each may be given a piece of itself.

@@ -1,6 +1,7 @@
 // Content to and from what only POSIX systems have: links, pipes, permissions, a device that is
 // full.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <array>
@@ -53,7 +54,17 @@ TEST(PartFile, PermissionsStay) {
   EXPECT_EQ(static_cast<unsigned>(fs::status(path).permissions()), 0640U);
 }
 
-TEST(Files, AFullDeviceIsSaid) {
+TEST(Files, ErrorsThatOnlyThisSystemHas) {
+  unsigned error = 0;
+  EXPECT_FALSE(platform::InputFile::open(std::string(300, 'n').c_str(), &error));
+  EXPECT_EQ(error, platform::kErrorInvalidName);
+  rlimit before{};
+  ::getrlimit(RLIMIT_NOFILE, &before);
+  const rlimit none{0, before.rlim_max};
+  ::setrlimit(RLIMIT_NOFILE, &none);
+  EXPECT_FALSE(platform::InputFile::open("/dev/null", &error));
+  ::setrlimit(RLIMIT_NOFILE, &before);
+  EXPECT_EQ(error, platform::kErrorTooManyOpenFiles);
   EXPECT_EQ(platform::writeWholeFile("/dev/full", std::array<std::uint8_t, 1>{}), 112U);
 }
 

@@ -1,5 +1,6 @@
 """The Python module, against a relay and by itself."""
 
+import ctypes
 import os
 import pathlib
 import subprocess
@@ -9,6 +10,7 @@ import unittest
 from datetime import datetime, timedelta, timezone
 
 import mmsbrix
+from mmsbrix._library import lib
 
 RELAY = os.environ["MMSBRIX_TEST_RELAY"]
 MEDIA = pathlib.Path(os.environ["MMSBRIX_TEST_MEDIA"])
@@ -89,6 +91,10 @@ class Conversation(unittest.TestCase):
         notification = mmsbrix.Notification.loads(waiting.read_bytes())
         with mmsbrix.Relay(notification.url, proxy=RELAY) as relay:
             got = relay.fetch()
+            octets, size = ctypes.c_void_p(), ctypes.c_size_t()
+            lib.mmsbrix_transport_fetched(relay._handle, ctypes.byref(octets), ctypes.byref(size))
+            as_it_came = mmsbrix.loads(ctypes.string_at(octets.value, size.value))
+            self.assertEqual((as_it_came.type, as_it_came.parts), (0x84, got.parts))
             self.assertEqual(relay.result, mmsbrix.Result("retrieve status", 0x80))
             self.assertEqual(relay.answer(notification).code, 200)
             self.assertEqual(relay.acknowledge(got.transaction_id).code, 200)

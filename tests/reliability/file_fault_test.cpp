@@ -16,7 +16,9 @@
 #include "platform/files.h"
 #include "smil/smilcodec.h"
 #include "support/messages.h"
+#include "support/parse_errors.h"
 #include "support/temporary_folder.h"
+#include "transport/operators.h"
 
 namespace {
 
@@ -29,6 +31,9 @@ struct Fault {
   std::size_t steps = 0;
 };
 Fault fault;
+// What reads of files give: an error, or an end that comes early.
+enum class Reading { whole, failing, cutShort };
+Reading reading = Reading::whole;
 
 // True when this step is to fail; errno says why.
 bool fails() noexcept {
@@ -44,6 +49,7 @@ bool fails() noexcept {
 extern "C" {
 int __real_open(const char* path, int flags, ...);
 ssize_t __real_write(int file, const void* octets, size_t count);
+ssize_t __real_read(int file, void* octets, size_t count);
 int __real_close(int file);
 int __real_fchmod(int file, mode_t mode);
 int __real_rename(const char* from, const char* to);
@@ -62,6 +68,12 @@ ssize_t __wrap_write(int file, const void* octets, size_t count) {
   // A disk that is nearly full takes a part first.
   if (fault.armed && count > 1) count = count / 2;
   return __real_write(file, octets, count);
+}
+
+ssize_t __wrap_read(int file, void* octets, size_t count) {
+  if (reading == Reading::whole) return __real_read(file, octets, count);
+  errno = EIO;
+  return reading == Reading::failing ? -1 : 0;
 }
 
 int __wrap_close(int file) {
@@ -171,6 +183,33 @@ TEST(FileFaults, AFileReplacedInPlaceStaysWhenTheDiskIsFull) {
     EXPECT_EQ(replace(content, SIZE_MAX), 0U);
     EXPECT_EQ(folder.get("kept"), content);
   }
+}
+
+TEST(FileFaults, WhatCannotBeReadToItsEndIsSaid) {
+  const TemporaryFolder folder;
+  const std::string path = folder.put("f", "<smil/>");
+  const std::string pipe = folder.path("pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  const int writer = ::open(pipe.c_str(), O_RDWR);
+  for (const Reading how : {Reading::failing, Reading::cutShort}) {
+    reading = how;
+    CMMPart part;
+    EXPECT_FALSE(part.Load(path.c_str()));
+    EXPECT_EQ(part.GetContentLen(), 7);
+    EXPECT_EQ(part.GetContent()[0], 0);
+    EXPECT_EQ(part.Load(pipe.c_str()), how == Reading::cutShort) << "the end of a pipe is its end";
+    CMMsg message;
+    EXPECT_EQ(MMS_Load(path.c_str(), &message, 0), 0);
+    ParseErrors errors;
+    CSMIL smil;
+    EXPECT_EQ(MMS_LoadSmil(path.c_str(), &smil, 0), 0);
+    EXPECT_NE(errors.take().find("The file cannot be read"), std::string::npos);
+    std::string error;
+    EXPECT_FALSE(loadOperators(path, error));
+    EXPECT_EQ(error, path + ": cannot be read");
+    reading = Reading::whole;
+  }
+  ::close(writer);
 }
 
 TEST(FileFaults, ExtractionNamesWhatCouldNotBeWritten) {

@@ -98,6 +98,9 @@ TEST(HostileSmil, IsRefusedWithinBounds) {
        "<!DOCTYPE smil [<!ATTLIST smil " + numbered(" a", " CDATA 'x'", 300000) + ">]><smil/>"},
       {"many notations", "<!DOCTYPE smil [<!ATTLIST smil a NOTATION (n" +
                              numbered("|n", "", 600000) + ") #IMPLIED>]><smil/>"},
+      {"many unparsed entities", "<!DOCTYPE smil [<!NOTATION n SYSTEM 'x'>" +
+                                     numbered("<!ENTITY e", " SYSTEM 'f' NDATA n>", 100000) +
+                                     "]><smil/>"},
       {"many entities", "<!DOCTYPE smil [" + numbered("<!ENTITY e", " 'x'>", 300000) + "]><smil/>"},
       {"deep content model",
        "<!DOCTYPE smil [<!ELEMENT smil " + std::string(1000000, '(') + "]><smil/>"},

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <stdexcept>
 #include <type_traits>
 #include <typeinfo>
@@ -23,6 +24,11 @@ std::vector<std::string> attributes(const CSMILNode& node) {
                     node.Attribute(i)->GetValue());
   }
   return texts;
+}
+
+template <class... Text>
+std::vector<std::string> texts(Text... text) {
+  return {text...};
 }
 
 std::vector<std::string> children(const CSMILNode& node) {
@@ -54,6 +60,10 @@ TEST(SmilAttributes, TheOneCursorIsMovedBySearchesAndTypedGetters) {
   EXPECT_STREQ(node.NextAttribute()->GetName(), "c");
   EXPECT_STREQ(node.NextAttribute()->GetName(), "d");
   EXPECT_EQ(node.NextAttribute(), nullptr);
+  EXPECT_EQ(node.NextAttribute(), nullptr);
+  node.FirstAttribute();
+  node.AttributeClear();
+  EXPECT_EQ(node.AttributeCount(), 0U);
   EXPECT_EQ(node.NextAttribute(), nullptr);
 }
 
@@ -127,6 +137,9 @@ TEST(SmilAccessors, StoredTexts) {
   smil.PutXmlLang("fi");
   smil.PutClass("c");
   EXPECT_THAT(attributes(smil), ElementsAre("xmlns=n", "xml:lang=fi", "class=c"));
+  EXPECT_THAT(texts(smil.GetXmlns(), smil.GetXmlLang(), smil.GetClass()),
+              ElementsAre("n", "fi", "c"));
+  EXPECT_THAT(smil.GetTitle(), IsNull());
   CSMILRootLayout root;
   root.PutWidth(320);
   root.PutHeight(-1);
@@ -134,6 +147,7 @@ TEST(SmilAccessors, StoredTexts) {
   root.PutBackgroundColor(0xAAFF8000);
   EXPECT_THAT(attributes(root), ElementsAre("width=320", "height=-1", "skip-content=true",
                                             "backgroundColor=#FF8000"));
+  EXPECT_THAT((std::array{root.GetWidth(), root.GetHeight()}), ElementsAre(320, -1));
   CSMILRegion region;
   RECT rect{1, 2, 3, 4};
   region.PutRect(&rect);
@@ -142,6 +156,8 @@ TEST(SmilAccessors, StoredTexts) {
   region.PutRegionName("r");
   EXPECT_THAT(attributes(region), ElementsAre("left=1", "top=2", "right=3", "bottom=4", "fit=meet",
                                               "showBackground=always", "regionName=r"));
+  EXPECT_THAT(texts(region.GetFit(), region.GetShowBackground(), region.GetRegionName()),
+              ElementsAre("meet", "always", "r"));
   rect = {0, 5, 0, 0};
   region.PutRect(&rect);
   region.GetRect(&rect);
@@ -154,6 +170,10 @@ TEST(SmilAccessors, StoredTexts) {
   media.PutRegion("r");
   EXPECT_THAT(attributes(media), ElementsAre("src=s", "type=t", "region=r"));
   EXPECT_THAT(CSMILMedia("img").GetSrc(), IsNull());
+  CSMILLayout layout;
+  layout.PutType("t");
+  EXPECT_STREQ(layout.GetType(), "t");
+  EXPECT_THAT(attributes(layout), ElementsAre("type=t"));
 }
 
 TEST(SmilAccessors, TimesAreStoredInMillisecondsAndReadWithoutTheirUnit) {
@@ -162,7 +182,7 @@ TEST(SmilAccessors, TimesAreStoredInMillisecondsAndReadWithoutTheirUnit) {
   par.PutEnd(-7);
   par.PutDur(1500);
   EXPECT_THAT(attributes(par), ElementsAre("begin=5ms", "end=-7ms", "dur=1500ms"));
-  EXPECT_EQ(par.GetDur(), 1500);
+  EXPECT_THAT((std::array{par.GetBegin(), par.GetEnd(), par.GetDur()}), ElementsAre(5, -7, 1500));
   par.PutDur(0);
   EXPECT_THAT(attributes(par), ElementsAre("begin=5ms", "end=-7ms"));
   EXPECT_EQ(par.GetDur(), 0);
@@ -207,7 +227,9 @@ TEST(SmilTiming, BothBasesShareOneAttributeList) {
   CSMILNode* const nodes[] = {&par, &media};
   CSMILTimingAttr* const timings[] = {&par, &media};
   for (int i = 0; i < 2; ++i) {
-    CSMILAttr attribute("dur", "3s");
+    CSMILAttr attribute;
+    attribute.PutName("dur");
+    attribute.PutValue("3s");
     nodes[i]->AddAttribute(&attribute);
     EXPECT_EQ(timings[i]->GetDur(), 3);
     timings[i]->PutDur(8);

@@ -75,8 +75,7 @@ TEST(SmilReader, DocumentTypesAndEntities) {
       // Those of the document itself count.
       {"<!DOCTYPE smil [<!ENTITY n 'b'><!ENTITY m 'a&n;'>]><smil a='&m;&m;'/>", "smil[a=abab]"},
       {"<!DOCTYPE smil [<!ELEMENT smil EMPTY>]><smil><body/></smil>", "smil(body)"},  // not valid
-      {"<smil>&unknown;</smil>", "(refused)"},
-  };
+      {"<smil>&unknown;</smil>", "(refused)"}};
   for (const auto& [text, tree] : kTexts) EXPECT_EQ(read(text), tree) << text;
 }
 
@@ -86,6 +85,8 @@ TEST(SmilReader, WhatADocumentTypeAddsToTheTree) {
   EXPECT_EQ(read("<!DOCTYPE smil [<!ATTLIST par dur CDATA '5s' x CDATA #IMPLIED>]><smil><par/>"
                  "<par dur='1s'/></smil>"),
             "smil(par[dur=5s] par[dur=1s])");
+  EXPECT_EQ(read("<!DOCTYPE smil [<!NOTATION n SYSTEM 'x'><!ENTITY e SYSTEM 'f' NDATA n>]><smil/>"),
+            "smil");
 }
 
 // What a document tells, or that it is refused.
@@ -116,8 +117,7 @@ TEST(SmilReader, PlainDocumentsTellWhatAParserTells) {
   constexpr std::string_view kTexts[] = {
       "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<smil a='1'\tb = \"x>y\"\r\n>\r\n\t<body >"
       "<par\n/> \n<x:y-.0_ xmlns:x='u' xml:lang='fi' a:='2'></x:y-.0_\t></body >\n</smil>\n ",
-      " \n<a><b><c d=''/></b>\n\r\n<b e='f' g='h'/></a>",
-  };
+      " \n<a><b><c d=''/></b>\n\r\n<b e='f' g='h'/></a>"};
   constexpr std::string_view kInstead = "<>/='\"&!?-:.1aZ_ \t\r\n~\x7F\xC3\x01";
   for (const std::string_view text : kTexts) {
     ASSERT_NE(Told::of(std::string(text)), "(refused)");
@@ -180,8 +180,7 @@ TEST(SmilReader, FilesInTheirEncodings) {
       {"<?xml version='1.0' encoding='UTF-16'?><smil a='\xC3\xA4'/>", "\xC3\xA4"},
       {utf16("utf-16le", "\xFF\xFE"), "\xC3\xA4"},
       {utf16("utf-16be", "\xFE\xFF"), "\xC3\xA4"},
-      {utf16("utf-16le", ""), "\xC3\xA4"},
-  };
+      {utf16("utf-16le", ""), "\xC3\xA4"}};
   for (const auto& [octets, value] : kFiles) {
     CSMIL smil;
     ASSERT_EQ(MMS_LoadSmil(folder.put("f", octets).c_str(), &smil, 0), 1) << octets;
@@ -214,8 +213,7 @@ TEST(SmilReader, MalformedTextIsReportedAndLeavesTheTree) {
       {"<smil a='1' a='2'/>", "Error on line 1, position "},
       {"<smil a='\x01'/>", "Error on line 1, position "},
       {"", "Error on line 0, position 0: The document is empty"},
-      {"plain", "Error on line 1, position 1: "},
-  };
+      {"plain", "Error on line 1, position 1: "}};
   for (const auto& [text, report] : kTexts) {
     CSMIL smil;
     put(smil, "kept", "1");

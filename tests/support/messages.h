@@ -69,10 +69,7 @@ inline void fillComplete(CMMsg& message) {
   message.AddCc(&mail);
   CMMAddr host("10.0.0.7", CMMAddr::TYPE_IPV4);
   message.AddBcc(&host);
-  CMMString subject(
-      "Gr\xC3\xBC\xC3\x9F"
-      "e",
-      "utf-8");
+  CMMString subject("Grüße", "utf-8");
   message.SetSubject(&subject);
   message.SetDeliveryReport(1);
   message.SetSenderVisibility(0);

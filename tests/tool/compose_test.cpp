@@ -28,9 +28,7 @@ ComposeCommand completeCommand() {
   command.cc = {"10.0.0.7"};
   command.bcc = {"2001:db8::1", "other:short"};
   command.from = "+35850111";
-  command.subject =
-      "Gr\xC3\xBC\xC3\x9F"
-      "e";
+  command.subject = "Grüße";
   command.hasSubject = true;
   command.texts = {"Hei \xC3\xA4", "second"};
   command.attachments = {kMedia + "/photo.jpg", kMedia + "/photo.jpg;name=b.jpg;id=second-photo",
@@ -72,8 +70,7 @@ TEST(Compose, EveryOptionReachesTheMessage) {
             "Cc: 10.0.0.7/TYPE=IPv4\n"
             "Bcc: 2001:db8::1/TYPE=IPv6\n"
             "Bcc: short\n"
-            "Subject: Gr\xC3\xBC\xC3\x9F"
-            "e\n"
+            "Subject: Grüße\n"
             "X-Mms-Delivery-Report: No\n"
             "X-Mms-Sender-Visibility: Hide\n"
             "X-Mms-Read-Reply: Yes\n"

@@ -43,9 +43,7 @@ class Conversation : public testing::Test {
     compose.to = {"+358402222222", "+358403333333"};
     compose.bcc = {"+358404444444"};
     compose.from = "+358401111111";
-    compose.subject =
-        "Gr\xC3\xBC\xC3\x9F"
-        "e";
+    compose.subject = "Grüße";
     compose.hasSubject = true;
     compose.readReply = "yes";
     compose.texts = {"Hello Bob"};
@@ -115,9 +113,7 @@ TEST_F(Conversation, AMessageGoesThereAndItsAnswersBack) {
   EXPECT_EQ(message.GetTo()->Count(), 2u);
   EXPECT_STREQ(message.GetTo()->Get(0)->Value()->Get(), "+358401111111");
   EXPECT_STREQ(message.GetTo()->Get(1)->Value()->Get(), "+358403333333");
-  EXPECT_EQ(message.GetSubject()->Text(),
-            "Re: Gr\xC3\xBC\xC3\x9F"
-            "e");
+  EXPECT_EQ(message.GetSubject()->Text(), "Re: Grüße");
 }
 
 TEST_F(Conversation, ADeferredMessageIsFetchedLaterAndAcknowledged) {

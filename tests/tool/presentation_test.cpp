@@ -21,7 +21,7 @@ const std::string kMedia = MMSBRIX_SAMPLE_MEDIA;
 
 struct ClockCase {
   const char* text;
-  int milliseconds;  // -1: none
+  int milliseconds;
 };
 
 TEST(Clock, TheFormsOfTheField) {
@@ -34,15 +34,11 @@ TEST(Clock, TheFormsOfTheField) {
            {"0:05", 5000},
            {"01:00:02.5", 3602500},
            {"24h", 86400000},
-           {"25h", -1},
-           {"indefinite", -1},
-           {"5 s", -1},
-           {"0:", -1},
-           {"-5s", -1},
-           {"1e3", -1},
-           {"", -1},
        })) {
-    EXPECT_EQ(tool::parseClock(text).value_or(-1), milliseconds) << text;
+    EXPECT_EQ(tool::parseClock(text), milliseconds) << text;
+  }
+  for (const char* none : {"25h", "indefinite", "5 s", "0:", "-5s", "1e3", ""}) {
+    EXPECT_FALSE(tool::parseClock(none)) << none;
   }
 }
 

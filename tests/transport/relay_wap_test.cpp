@@ -4,7 +4,6 @@
 #include <mmsbrix/mmsbrix.h>
 
 #include <chrono>
-#include <functional>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
@@ -82,73 +81,30 @@ TEST(RelayWap, StoresWhatComesThroughTheGateway) {
 
 TEST(RelayWap, AnswersAsItIsTold) {
   struct Case {
-    const char* name;
-    std::function<void(RelayOptions&)> tell;
-    RelayWap wap;
     Outcome outcome;
     unsigned long code;
     const char* text;
+    RelayOptions options;
+    RelayWap wap{};
   };
   const Case cases[] = {
-      {"a response status and text",
-       [](RelayOptions& o) { o.responseStatus = 0x86, o.responseText = "later"; },
-       {},
-       Outcome::relayStatus,
-       0x86,
-       "later"},
-      {"a status",
-       [](RelayOptions& o) { o.httpStatus = 503; },
-       {},
-       Outcome::gatewayStatus,
-       0x63,
-       "Service unavailable"},
-      {"late",
-       [](RelayOptions& o) { o.delay = milliseconds(200); },
-       {},
-       Outcome::accepted,
-       0x80,
-       ""},
-      {"a PDU that is none",
-       [](RelayOptions& o) { o.fault = ReplyFault::broken; },
-       {},
-       Outcome::relayStatus,
-       0x81,
-       ""},
-      {"another content type",
-       [](RelayOptions& o) { o.contentType = "text/plain"; },
-       {},
-       Outcome::relayStatus,
-       0x81,
-       ""},
-      {"no answer",
-       [](RelayOptions& o) { o.fault = ReplyFault::closed; },
-       {},
-       Outcome::aborted,
-       0,
-       ""},
-      {"only with credentials",
-       [](RelayOptions& o) { o.credentials = "user:pass"; },
-       {},
-       Outcome::gatewayStatus,
-       0x47,
-       "Proxy authentication required"},
-      {"sessions refused", [](RelayOptions&) {}, {.refuseStatus = 403}, Outcome::refused, 0, ""},
-      {"sessions aborted", [](RelayOptions&) {}, {.abortReason = 0xE4}, Outcome::refused, 0, ""},
-      {"datagrams lost",
-       [](RelayOptions&) {},
-       {.lossPercent = 15, .lossSeed = 3},
-       Outcome::accepted,
-       0x80,
-       ""},
-      {"all datagrams lost", [](RelayOptions&) {}, {.lossPercent = 100}, Outcome::noAnswer, 0, ""},
+      {Outcome::relayStatus, 0x86, "later", {.responseStatus = 0x86, .responseText = "later"}},
+      {Outcome::gatewayStatus, 0x63, "Service unavailable", {.httpStatus = 503}},
+      {Outcome::accepted, 0x80, "", {.delay = milliseconds(200)}},
+      {Outcome::relayStatus, 0x81, "", {.fault = ReplyFault::broken}},
+      {Outcome::relayStatus, 0x81, "", {.contentType = "text/plain"}},
+      {Outcome::aborted, 0, "", {.fault = ReplyFault::closed}},
+      {Outcome::gatewayStatus, 0x47, "Proxy authentication required", {.credentials = "user:pass"}},
+      {Outcome::refused, 0, "", {}, {.refuseStatus = 403}},
+      {Outcome::refused, 0, "", {}, {.abortReason = 0xE4}},
+      {Outcome::accepted, 0x80, "", {}, {.lossPercent = 15, .lossSeed = 3}},
+      {Outcome::noAnswer, 0, "", {}, {.lossPercent = 100}},
   };
   const TemporaryFolder folder;
   const std::string file = folder.put("m.mms", encodeSendReq({.content = std::string(30000, 'x')}));
   for (const Case& test : cases) {
-    SCOPED_TRACE(test.name);
-    RelayOptions options;
-    test.tell(options);
-    const auto relay = start(options, test.wap);
+    SCOPED_TRACE(&test - cases);
+    const auto relay = start(test.options, test.wap);
     const Sent sent = send(relay->wapAddress(), file);
     EXPECT_EQ(sent.outcome, test.outcome);
     EXPECT_EQ(sent.code, test.code);

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 #include <mmsbrix/mmsbrix.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -27,152 +26,94 @@ constexpr char kUnknownScheme[] = "The URL scheme could not be recognized or is 
 
 struct Case {
   const char* name;
-  bool accepted = false;
-  unsigned long code = 0;
+  unsigned long code;  ///< 0x80 for a submission that is accepted
   std::string text{};
-  std::function<void(RelayOptions&)> relay{};  ///< how the relay behaves, properly without
-  std::string answer{};                        ///< octets of a server in place of the relay
-  std::string url{};                           ///< in place of the relay's
-  std::string proxyHost{};                     ///< "relay" is the relay itself
-  bool fileMissing = false;
-  std::string message = encodeSendReq();
+  RelayOptions relay{};
+  std::string url{};                      ///< in place of the relay's
+  std::string proxyHost{};                ///< "relay" is the relay itself
+  std::string answer{};                   ///< octets of a server in place of the relay
+  std::string message = encodeSendReq();  ///< empty for a file that is missing
 };
 
+Case at(const char* name, unsigned long code, const char* text, std::string url,
+        const char* proxyHost = "", RelayOptions relay = {}) {
+  return {name, code, text, std::move(relay), std::move(url), proxyHost};
+}
+Case answered(const char* name, std::string answer) {
+  return {name, 200, kCompleted, {}, {}, {}, std::move(answer)};
+}
+Case sent(const char* name, unsigned long code, const char* text, std::string message,
+          RelayOptions relay = {}, const char* url = "") {
+  return {name, code, text, std::move(relay), url, {}, {}, std::move(message)};
+}
+
 std::vector<Case> cases() {
+  using std::chrono::milliseconds;
   const std::string longText(600, 't');
   return {
-      {.name = "accepted", .accepted = true, .code = 0x80},
-      {.name = "accepted with a text",
-       .accepted = true,
-       .code = 0x80,
-       .text = "Grüße",
-       .relay = [](RelayOptions& o) { o.responseText = "Grüße"; }},
-      {.name = "accepted through the relay as a proxy",
-       .accepted = true,
-       .code = 0x80,
-       .url = "http://relay.invalid/mms",
-       .proxyHost = "relay"},
-      {.name = "accepted slowly, in chunks",
-       .accepted = true,
-       .code = 0x80,
-       .relay =
-           [](RelayOptions& o) {
-             o.delay = std::chrono::milliseconds(20);
-             o.slowOctets = 16;
-             o.slowInterval = std::chrono::milliseconds(2);
-             o.chunked = true;
-           }},
-      {.name = "file missing", .code = 2, .text = "File not found", .fileMissing = true},
-      {.name = "URL is looked at before the file",
-       .code = 12005,
-       .text = kInvalidUrl,
-       .url = "http://",
-       .fileMissing = true},
-      {.name = "scheme unknown", .code = 12006, .text = kUnknownScheme, .url = "mailto:mms@relay"},
-      {.name = "no scheme", .code = 12006, .text = kUnknownScheme, .url = "relay.example/mms"},
-      {.name = "path too long", .code = 122, .url = "http://relay.invalid/" + longText},
-      {.name = "host not resolved",
-       .code = 12007,
-       .text = kNoGateway,
-       .url = "http://relay.invalid/mms"},
-      {.name = "proxy not resolved",
-       .code = 12007,
-       .text = kNoGateway,
-       .proxyHost = "proxy.invalid"},
-      {.name = "connection refused",
-       .code = 12029,
-       .text = kNoGateway,
-       .url = "http://127.0.0.1:" + std::to_string(closedPort()) + "/"},
-      {.name = "no TLS at the other end", .code = 12157, .url = "https"},
-      {.name = "connection closed without an answer",
-       .code = 12030,
-       .relay = [](RelayOptions& o) { o.fault = ReplyFault::closed; }},
-      {.name = "404",
-       .code = 404,
-       .text = "The server has not found anything matching the requested URI.",
-       .relay = [](RelayOptions& o) { o.httpStatus = 404; }},
-      {.name = "status without a text",
-       .code = 599,
-       .relay = [](RelayOptions& o) { o.httpStatus = 599; }},
-      {.name = "credentials required",
-       .code = 401,
-       .text = "The requested resource requires user authentication.",
-       .relay = [](RelayOptions& o) { o.credentials = "user:other"; }},
-      {.name = "proxy's credentials required",
-       .code = 407,
-       .text = "Proxy authentication required.",
-       .relay = [](RelayOptions& o) { o.credentials = "user:other"; },
-       .url = "http://relay.invalid/mms",
-       .proxyHost = "relay"},
-      {.name = "too large",
-       .code = 413,
-       .text = "The server is refusing to process a request because the request entity is larger "
-               "than the server is willing or able to process.",
-       .relay = [](RelayOptions& o) { o.maxBodyOctets = 300000; },
-       .message = encodeSendReq({.content = std::string(300000, 'c')})},
-      {.name = "200 with another content type",
-       .code = 200,
-       .text = kCompleted,
-       .relay = [](RelayOptions& o) { o.contentType = "text/html"; }},
-      {.name = "200 with a broken PDU",
-       .code = 200,
-       .text = kCompleted,
-       .relay = [](RelayOptions& o) { o.fault = ReplyFault::broken; }},
-      {.name = "200 cut short",
-       .code = 200,
-       .text = kCompleted,
-       .relay = [](RelayOptions& o) { o.fault = ReplyFault::cut; }},
-      {.name = "200 with chunks cut short",
-       .code = 200,
-       .text = kCompleted,
-       .relay =
-           [](RelayOptions& o) {
-             o.fault = ReplyFault::cut;
-             o.chunked = true;
-           }},
-      {.name = "200 with nothing", .code = 200, .text = kCompleted, .answer = httpAnswer("")},
-      {.name = "200 with another message type",
-       .code = 200,
-       .text = kCompleted,
-       .answer = httpAnswer("\x8C\x86\x98T1\0\x8D\x90\x92\x80"s)},
-      {.name = "confirmation without a status",
-       .code = 200,
-       .text = kCompleted,
-       .answer = httpAnswer("\x8C\x81\x98T1\0\x8D\x90"s)},
-      {.name = "refused with a text",
-       .code = 0x86,
-       .text = "network is down",
-       .relay =
-           [](RelayOptions& o) {
-             o.responseStatus = 0x86;
-             o.responseText = "network is down";
-           }},
-      {.name = "refused with a text that is cut",
-       .code = 0xE0,
-       .text = longText.substr(0, 511),
-       .relay =
-           [longText](RelayOptions& o) {
-             o.responseStatus = 0xE0;
-             o.responseText = longText;
-           }},
-      {.name = "no recipient",
-       .code = 0x84,
-       .text = "there is no recipient (To, Cc, Bcc)",
-       .message = encodeSendReq({.to = nullptr})},
-      {.name = "another PDU than a message",
-       .code = 0x88,
-       .text = "m-send-conf where an m-send-req is due",
-       .message = kSendConfOk},
+      {"accepted", 0x80},
+      {"accepted with a text", 0x80, "Grüße", {.responseText = "Grüße"}},
+      at("accepted through the relay as a proxy", 0x80, "", "http://relay.invalid/mms", "relay"),
+      {"accepted slowly, in chunks",
+       0x80,
+       "",
+       {.delay = milliseconds(20),
+        .slowOctets = 16,
+        .slowInterval = milliseconds(2),
+        .chunked = true}},
+      sent("file missing", 2, "File not found", ""),
+      sent("URL is looked at before the file", 12005, kInvalidUrl, "", {}, "http://"),
+      at("scheme unknown", 12006, kUnknownScheme, "mailto:mms@relay"),
+      at("no scheme", 12006, kUnknownScheme, "relay.example/mms"),
+      at("path too long", 122, "", "http://relay.invalid/" + longText),
+      at("host not resolved", 12007, kNoGateway, "http://relay.invalid/mms"),
+      at("proxy not resolved", 12007, kNoGateway, "", "proxy.invalid"),
+      at("connection refused", 12029, kNoGateway,
+         "http://127.0.0.1:" + std::to_string(closedPort()) + "/"),
+      at("no TLS at the other end", 12157, "", "https"),
+      {"connection closed without an answer", 12030, "", {.fault = ReplyFault::closed}},
+      {"404",
+       404,
+       "The server has not found anything matching the requested URI.",
+       {.httpStatus = 404}},
+      {"status without a text", 599, "", {.httpStatus = 599}},
+      {"credentials required",
+       401,
+       "The requested resource requires user authentication.",
+       {.credentials = "user:other"}},
+      at("proxy's credentials required", 407, "Proxy authentication required.",
+         "http://relay.invalid/mms", "relay", {.credentials = "user:other"}),
+      sent("too large", 413,
+           "The server is refusing to process a request because the request entity is larger than "
+           "the server is willing or able to process.",
+           encodeSendReq({.content = std::string(300000, 'c')}), {.maxBodyOctets = 300000}),
+      {"200 with another content type", 200, kCompleted, {.contentType = "text/html"}},
+      {"200 with a broken PDU", 200, kCompleted, {.fault = ReplyFault::broken}},
+      {"200 cut short", 200, kCompleted, {.fault = ReplyFault::cut}},
+      {"200 with chunks cut short", 200, kCompleted, {.chunked = true, .fault = ReplyFault::cut}},
+      answered("200 with nothing", httpAnswer("")),
+      answered("200 with another message type", httpAnswer("\x8C\x86\x98T1\0\x8D\x90\x92\x80"s)),
+      answered("confirmation without a status", httpAnswer("\x8C\x81\x98T1\0\x8D\x90"s)),
+      {"refused with a text",
+       0x86,
+       "network is down",
+       {.responseStatus = 0x86, .responseText = "network is down"}},
+      {"refused with a text that is cut",
+       0xE0,
+       longText.substr(0, 511),
+       {.responseStatus = 0xE0, .responseText = longText}},
+      sent("no recipient", 0x84, "there is no recipient (To, Cc, Bcc)",
+           encodeSendReq({.to = nullptr})),
+      sent("another PDU than a message", 0x88, "m-send-conf where an m-send-req is due",
+           kSendConfOk),
   };
 }
 
 TEST(SendResults, EachEndHasItsCodeAndText) {
   for (const Case& c : cases()) {
     SCOPED_TRACE(c.name);
-    RelayOptions options;
-    if (c.relay) c.relay(options);
     std::string error;
-    const auto relay = RelayServer::start(options, error);
+    const auto relay = RelayServer::start(c.relay, error);
     ASSERT_TRUE(relay) << error;
     RawServer raw(RawReply{{c.answer}, true});
 
@@ -181,13 +122,13 @@ TEST(SendResults, EachEndHasItsCodeAndText) {
     if (c.url == "https") url = "https://" + relay->address() + "/";
     const TemporaryFolder folder;
     const std::string file =
-        c.fileMissing ? folder.path("missing") : folder.put("m.mms", c.message);
+        c.message.empty() ? folder.path("missing") : folder.put("m.mms", c.message);
 
     CMMSHttp http;
     http.SetCredentials("user", "pass");
     EXPECT_TRUE(http.ConnectGtw(c.proxyHost == "relay" ? "127.0.0.1" : c.proxyHost.c_str(),
                                 relay->port(), 0));
-    EXPECT_EQ(http.SendMMS(url.c_str(), file.c_str(), 0), c.accepted);
+    EXPECT_EQ(http.SendMMS(url.c_str(), file.c_str(), 0), c.code == 0x80);
     std::string text(512, '#');
     EXPECT_EQ(http.GetResult(text.data()), c.code);
     EXPECT_EQ(text.c_str(), c.text);

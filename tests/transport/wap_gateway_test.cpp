@@ -117,16 +117,14 @@ TEST(WapGateway, ConnectsEndAsTheyAreTold) {
     int code;
     std::uint16_t port;  ///< of the address that it is redirected to
   };
-  const Case cases[] = {
-      {"refused", {.refuseStatus = 403}, 0x43, 0},
-      {"refused with a status that WSP has not", {.refuseStatus = 599}, 0x60, 0},
-      {"aborted", {.abortReason = 0xE4}, 0xE4, 0},
-      {"redirected", {.redirect = "127.0.0.1:50123"}, 0x32, 50123},
-      {"redirected for good",
-       {.redirect = "127.0.0.1:50123", .redirectPermanent = true},
-       0x31,
-       50123},
-  };
+  const Case cases[] = {{"refused", {.refuseStatus = 403}, 0x43, 0},
+                        {"refused with a status that WSP has not", {.refuseStatus = 599}, 0x60, 0},
+                        {"aborted", {.abortReason = 0xE4}, 0xE4, 0},
+                        {"redirected", {.redirect = "127.0.0.1:50123"}, 0x32, 50123},
+                        {"redirected for good",
+                         {.redirect = "127.0.0.1:50123", .redirectPermanent = true},
+                         0x31,
+                         50123}};
   for (const Case& test : cases) {
     SCOPED_TRACE(test.name);
     const auto gateway = started(test.options);
@@ -199,10 +197,8 @@ TEST(WapGateway, LostDatagramsAreMadeUpFor) {
     const char* name;
     WapGatewayOptions options;
   };
-  const Case cases[] = {
-      {"listed ones", {.dropReceived = {1, 4}, .dropSent = {2, 3}}},
-      {"a share of them", {.lossPercent = 10, .lossSeed = 7}},
-  };
+  const Case cases[] = {{"listed ones", {.dropReceived = {1, 4}, .dropSent = {2, 3}}},
+                        {"a share of them", {.lossPercent = 10, .lossSeed = 7}}};
   for (const Case& test : cases) {
     SCOPED_TRACE(test.name);
     WapGatewayOptions options = test.options;

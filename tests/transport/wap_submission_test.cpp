@@ -8,6 +8,7 @@
 #include <mmsbrix/transport/wap_stack.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <mutex>
@@ -18,6 +19,7 @@
 
 #include "support/hex.h"
 #include "support/temporary_folder.h"
+#include "support/wap_phone.h"
 #include "transport/wap_client.h"
 
 namespace mmsbrix::test {
@@ -201,7 +203,8 @@ TEST(WapSubmission, EveryEndHasItsCodeTextAndLayer) {
        "",
        Outcome::aborted,
        "0xE4 (The peer is congested and can not process the SDU)"},
-  };
+      {{.abortReason = 0xE2}, 0, "", Outcome::aborted, "0xE2 (Session has been suspended)"},
+      {{.abortReason = 0xE9}, 0, "", Outcome::noAnswer, "does not answer any more"}};
   for (const Case& expected : cases) {
     const auto gateway = answering(expected.response);
     Submission submission;
@@ -235,8 +238,7 @@ TEST(WapSubmission, SessionsThatDoNotComeAboutNameTheReason) {
   const Case cases[] = {
       {{.refuseStatus = 403}, Outcome::refused, "refused the session: 0x43 (Forbidden"},
       {{.abortReason = 0xE4}, Outcome::refused, "refused the session: 0xE4"},
-      {{.lossPercent = 100}, Outcome::noAnswer, "does not answer"},
-  };
+      {{.lossPercent = 100}, Outcome::noAnswer, "does not answer"}};
   for (const Case& expected : cases) {
     const auto gateway = started(expected.options);
     Submission submission;
@@ -484,6 +486,7 @@ TEST(WapPush, TheListenerHearsEachPushOnce) {
   PushListener listener;
   ASSERT_TRUE(listener.Start("127.0.0.1", 0, [&](const Push& push) {
     EXPECT_THAT(push.from, StartsWith("127.0.0.1:"));
+    if (push.contentType == "image/gif") throw std::runtime_error("the host's");
     if (push.notification == nullptr) {
       ++others;
       EXPECT_EQ(push.contentType, "text/plain");
@@ -493,10 +496,21 @@ TEST(WapPush, TheListenerHearsEachPushOnce) {
     }
   })) << listener.GetFailureDetail();
   const std::string at = "127.0.0.1:" + std::to_string(listener.GetPort());
-  EXPECT_EQ(gateway->pushTo(at, {"text/plain", {}, hex("'no'")}), "");
+  const TemporaryFolder folder;
+  setExceptionLogFolder(folder.path().c_str());
+  EXPECT_EQ(gateway->pushTo(at, {"image/gif", {}, {}}), "");
+  UdpSocket sender;
+  const auto push = [&](std::uint8_t id) {  // of text/plain
+    sender.send(listener.GetPort(), std::array<std::uint8_t, 4>{id, 0x06, 0x01, 0x83});
+  };
+  for (int i = 0; i < 3; ++i) push(1);  // copies on the way
+  for (std::uint8_t id = 2; id < 70; ++id) push(id);
+  push(1);  // too many pushes later it is another one
   EXPECT_EQ(gateway->pushTo(at, {"application/vnd.wap.mms-message", {}, kNotification}), "");
   EXPECT_THAT(inbox.wait(1), ElementsAre("N1"));
-  EXPECT_EQ(others, 1);
+  EXPECT_EQ(others, 70);
+  EXPECT_THAT(folder.get("exceptions.log"), HasSubstr("the host's"));
+  setExceptionLogFolder("");
   listener.Stop();
   EXPECT_EQ(listener.GetPort(), 0);
   EXPECT_FALSE(listener.Start("192.0.2.1", 0, {}));

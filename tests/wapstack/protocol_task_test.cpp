@@ -95,7 +95,7 @@ TEST(ProtocolTask, JobsRunInOrderOnItsThreadWhileItRuns) {
   }
 }
 
-/// A client that notes how its session ends.
+/// A client that notes what becomes of its session.
 class Client : public WapStack::WspClientApplication {
  public:
   explicit Client(ApiDriverTask& task) : WspClientApplication(task) {}
@@ -107,26 +107,59 @@ class Client : public WapStack::WspClientApplication {
     const WdpAddress local = selectLocalIPaddress(LocalAddressChoice::byRoute, server_).value();
     return createClientPort(kSessionPort, local, {}, error).value().port;
   }
-  void connect() { s_Connect_req(server_, {}, {}); }
+  void connect(const WapStack::Capabilities& proposed = {}) {
+    s_Connect_req(server_, {}, proposed);
+  }
+  void resume() { s_Resume_req(server_, {}); }
   using WspClientApplication::closeClientPort;
+  using WspClientApplication::s_MethodAbort_req;
   using WspClientApplication::s_MethodInvoke_req;
+  using WspClientApplication::s_Suspend_req;
 
   std::promise<void> connected;
   std::promise<std::uint8_t> ended;
+  std::promise<void> resumed;
   std::atomic<int> aborts{0};
+  std::string told;  ///< on the task's thread
+  bool throws = false;
 
  protected:
-  void s_Connect_cnf(Octets, const WapStack::Agreement&) override { connected.set_value(); }
+  void s_Connect_cnf(Octets, const WapStack::Agreement&) override {
+    if (throws) throw std::runtime_error("the application's");
+    connected.set_value();
+  }
+  void s_Suspend_ind(std::uint8_t reason) override { tell("suspended", reason); }
+  void s_Exception_ind(std::uint8_t reason) override { tell("exception", reason); }
+  void s_Resume_cnf(Octets) override { resumed.set_value(); }
   void s_Disconnect_ind(std::uint8_t reason, const std::vector<WdpAddress>&, Octets,
                         Octets) override {
     ended.set_value(reason);
+    if (throws) throw 1;
   }
-  void s_MethodAbort_ind(WapStack::TransactionId, std::uint8_t) override { ++aborts; }
+  void s_MethodAbort_ind(WapStack::TransactionId, std::uint8_t reason) override {
+    ++aborts;
+    tell("aborted", reason);
+  }
   [[nodiscard]] const WdpAddress& serverAddress() const override { return server_; }
 
  private:
+  void tell(const char* what, std::uint8_t reason) {
+    told += std::string(what) + " " + test::toHex(std::vector{reason}) + "; ";
+  }
   WdpAddress server_;
 };
+
+// Session 1, no capabilities, no headers.
+constexpr char kConnectReply[] = "02 01 00 00";
+
+/// Answers the transaction that comes next.
+void answer(UdpSocket& server, std::uint16_t port, const char* pdu) {
+  const auto invoke = server.receive(2s).value();
+  auto result = hex(pdu);
+  const auto low = static_cast<std::uint8_t>(invoke[1] | 0x80);
+  result.insert(result.begin(), {0x12, low, invoke[2]});
+  server.send(port, result);
+}
 
 TEST(ProtocolTask, WhatIsUnderWayEndsByItsCallbackOnRelease) {
   ApiDriverTask task;
@@ -152,8 +185,11 @@ TEST(ProtocolTask, WhatIsUnderWayEndsByItsCallbackOnRelease) {
   client.closeClientPort();
   std::error_code error;
   WdpAddress local;
-  EXPECT_FALSE(client.createClientPort(kSessionPort, local, {}, error));
-  EXPECT_TRUE(error);
+  for (const std::uint16_t type : {kSessionPort, std::uint16_t{0}}) {
+    error.clear();
+    EXPECT_FALSE(client.createClientPort(type, local, {}, error));
+    EXPECT_TRUE(error);
+  }
 }
 
 TEST(ProtocolTask, OnlyTheServerIsHeard) {
@@ -184,6 +220,35 @@ TEST(ProtocolTask, OnlyTheServerIsHeard) {
   EXPECT_EQ(connected.wait_for(2s), std::future_status::ready);
 }
 
+TEST(ProtocolTask, RequestsOutOfTurnAreRefusedAndASessionResumes) {
+  ApiDriverTask task;
+  ASSERT_TRUE(task.start());
+  UdpSocket server;
+  Client client(task);
+  const std::uint16_t port = client.open(server.port());
+  client.s_Suspend_req();
+  client.resume();
+  client.connect({.protocolOptions = std::uint8_t{0xF0}});
+  answer(server, port, kConnectReply);
+  EXPECT_EQ(client.connected.get_future().wait_for(2s), std::future_status::ready);
+  client.connect();
+  EXPECT_EQ(client.ended.get_future().get(), 0xE5);
+  server.receive(2s);                              // Ack
+  server.send(port, hex("0A 00 05 11 07 01 BE"));  // a confirmed push, which nobody takes
+  EXPECT_EQ(test::toHex(server.receive(2s).value()), "21 80 05 EB");
+  client.s_MethodInvoke_req(1, 0x40, {"u", {}, {}, {}});
+  client.s_MethodInvoke_req(2, 0x40, {"u", {}, {}, {}});
+  client.s_MethodAbort_req(1);
+  client.s_Suspend_req();
+  client.resume();
+  for (int i = 0; i < 3; ++i) server.receive(2s);  // Get, its Abort, Suspend
+  answer(server, port, "04 20 00");
+  EXPECT_EQ(client.resumed.get_future().wait_for(2s), std::future_status::ready);
+  std::string told;
+  task.run([&] { told = client.told; });
+  EXPECT_EQ(told, "exception E0; exception E0; aborted E7; aborted EA; suspended EA; ");
+}
+
 /// The log while it lives.
 class LogFolder {
  public:
@@ -212,16 +277,36 @@ TEST(ExceptionLog, EntriesHaveTheirForm) {
                   time + "\n 'Critical assertion failed. three'\n"));
 }
 
+TEST(ExceptionLog, WhatAnApplicationThrowsEndsItsSession) {
+  const LogFolder folder;
+  ApiDriverTask task;
+  ASSERT_TRUE(task.start());
+  UdpSocket server;
+  Client client(task);
+  client.throws = true;
+  const std::uint16_t port = client.open(server.port());
+  client.connect();
+  answer(server, port, kConnectReply);
+  EXPECT_EQ(client.ended.get_future().get(), 0xE4);
+  EXPECT_TRUE(task.run([] {}));
+  EXPECT_THAT(folder.log(), testing::HasSubstr("'Critical assertion failed. the application's'"));
+  EXPECT_THAT(folder.log(), testing::HasSubstr("'Critical assertion failed. unknown exception'"));
+}
+
 TEST(ExceptionLog, ReportsOfTheProtocolThreadGoThere) {
   const LogFolder folder;
   ApiDriverTask task;
   ASSERT_TRUE(task.start());
   MMSBRIX_REPORT_WARNING("wsp_header_coding", "on the host's thread");
-  task.run([] { MMSBRIX_REPORT_ASSERTION("wsp_header_coding", "on its own"); });
+  task.run([] {
+    MMSBRIX_REPORT_ASSERTION("wsp_header_coding", "on its own");
+    MMSBRIX_REPORT_WARNING("wsp_header_coding", "a warning");
+  });
   task.post([] { throw std::runtime_error("thrown by a job"); });
   std::this_thread::sleep_for(50ms);  // so that nothing else is queued when it is thrown
   EXPECT_TRUE(task.run([] {}));       // it goes on
   EXPECT_THAT(folder.log(), testing::HasSubstr("'Assertion failed. on its own'"));
+  EXPECT_THAT(folder.log(), testing::HasSubstr("'a warning'"));
   EXPECT_THAT(folder.log(), testing::HasSubstr("'Critical assertion failed. thrown by a job'"));
   EXPECT_THAT(folder.log(), testing::Not(testing::HasSubstr("host's thread")));
 }

@@ -199,7 +199,8 @@ std::vector<Script> scripts() {
       {"methods aborted by the server",
        kConnected + kGot1 +
            "< 21 80 02 E9\n ! aborted 1 E9\n get 2\n > 0A 00 03 02 40 01 'u'\n"
-           "< 18 80 03\n ! confirmed 2\n < 20 80 03 07\n ! aborted 2 E4\n" +
+           "< 18 80 03\n ! confirmed 2\n < 20 80 03 07\n ! aborted 2 E4\n"
+           "get 3\n > 0A 00 04 02 40 01 'u'\n < 20 80 04 09\n ! aborted 3 E6\n" +
            over},
       {"TIDs that the server asks about: Tok while a method is open, never for one that is over",
        kConnectPlain + "< 1C 80 01\n > 1C 00 01\n < 16 80 01 02 07 00 00\n " + kAck1 +
@@ -307,8 +308,7 @@ std::vector<Script> scripts() {
        kResuming + kConfirmedPush +
            "> 21 80 05 E0\n < 0A 00 07 11 00\n > 21 80 07 E0\n"
            "disconnect\n > 00 04 21 00 03 E1 06 0A 00 04 00 05 07\n ! disconnected EA\n " +
-           over},
-  };
+           over}};
 }
 
 template <std::size_t N>
@@ -352,14 +352,12 @@ TEST(WspClient, TheServerSduSizeCountsTheWholePdu) {
     const char* answer;
     std::size_t largest;  ///< body that is taken, with 5 octets before it
   };
-  const Case cases[] = {
-      {std::nullopt, "", 1395},         // the default
-      {300, "", 295},                   // as proposed
-      {30000, "03 81 A7 10", 5003},     // less than proposed
-      {30000, "01 81", 1395},           // not understood
-      {0, "02 81 00", 256 * 1400 - 5},  // no limit: as many packets as there are
-      {400000, "04 81 98 B5 00", 256 * 1400 - 5},
-  };
+  const Case cases[] = {{std::nullopt, "", 1395},         // the default
+                        {300, "", 295},                   // as proposed
+                        {30000, "03 81 A7 10", 5003},     // less than proposed
+                        {30000, "01 81", 1395},           // not understood
+                        {0, "02 81 00", 256 * 1400 - 5},  // no limit: as many packets as there are
+                        {400000, "04 81 98 B5 00", 256 * 1400 - 5}};
   for (const Case& test : cases) {
     SCOPED_TRACE(test.answer);
     const auto client = connected({.serverSduSize = test.proposed}, test.answer);
@@ -372,6 +370,10 @@ TEST(WspClient, TheServerSduSizeCountsTheWholePdu) {
               unlimited ? Refusal::cannotBeSent : Refusal::largerThanAgreed);
     EXPECT_EQ(post(test.largest), Refusal::none);
   }
+  Client client(wtp::Settings{}, 1);
+  client.connect({}, {}, std::vector<std::uint8_t>(256 * 1400), {});
+  EXPECT_EQ(describe(client.takeEvent().value()), "disconnected E6");
+  EXPECT_EQ(client.state(), State::null);
 }
 
 TEST(WspClient, MethodsBeyondTheStandardsMustBeAgreedOn) {
@@ -448,8 +450,7 @@ TEST(WspCapabilities, AnswersAreHeldAgainstTheProposal) {
       {"00", nullptr},
       {"05 80 92 A7", nullptr},
       {"02 80 92", nullptr},  // a number that does not end
-      {"80", nullptr},
-  };
+      {"80", nullptr}};
   const Capabilities proposed{300000, 0, std::uint8_t{0xA0}, std::uint8_t{4}, std::nullopt};
   for (const Case& test : cases) {
     const auto answered = decodeCapabilities(hex(test.answer));

@@ -235,6 +235,9 @@ TEST(HeaderBlock, TextsOfOtherSpellingMeanTheSame) {
       {v11, "Content-Range", "bytes 0-499/1025", "90 03 00 88 01"},  // the last position is lost
       {v11, "Content-Range", "bytes */1025", "90 03 00 88 01"},
       {v11, "Warning", "299 a \"b\"", "AC 05 E3 'a' 00 'b' 00"},  // as 199, the wire has one code
+      {v11, "Via", "1.0 a (\\), b), 1.1 c", "AB '1.0 a (\\), b)' 00 AB '1.1 c' 00"},
+      {v11, "WWW-Authenticate", "a/b realm=\"r\"",
+       "'WWW-Authenticate' 00 'a/b realm=' 22 'r' 22 00"},
       {v11, "Date", "Sunday, 06-Nov-94 08:49:37 GMT", "92 04 2E BC 98 A1"},
       {v11, "Cache-Control", "no-cache=Age, private", "88 02 80 85 88 87"},
       {v13, "Content-ID", "\"<a>\"", "C0 22 '<a>' 00"},

@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <cstring>
 #include <memory>
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -411,7 +410,7 @@ TEST(Uintvar, StatedCountMayBeExceededByOneOctetButNeverTheBuffer) {
 
 struct DateCase {
   const char* text;
-  std::optional<std::uint64_t> seconds;
+  std::uint64_t seconds;
 };
 
 TEST(Dates, ThreeLayoutsAreReadAsUtc) {
@@ -425,24 +424,19 @@ TEST(Dates, ThreeLayoutsAreReadAsUtc) {
       {"Wed, 01 Jan 70 00:00:00 GMT", 0},
       {"Thu, 29 Feb 2024 23:59:60 GMT", 1709251200},
       {"Sun, 01 Jan 103 00:00:00 GMT", 1041379200},  // years below 1900 count from there
-      // Out of range, before 1970, another zone or layout.
-      {"Wed, 29 Feb 2023 00:00:00 GMT", std::nullopt},
-      {"Wed, 00 Feb 2023 00:00:00 GMT", std::nullopt},
-      {"Wed, 01 Feb 2023 24:00:00 GMT", std::nullopt},
-      {"Wed, 01 Feb 2023 00:60:00 GMT", std::nullopt},
-      {"Sun, 06 Nov 05 08:49:37 GMT", std::nullopt},
-      {"Sun, 06 Nov 1994 08:49:37 +0200", std::nullopt},
-      {"Sun, 06 Nov 1994 08:49:37 EST", std::nullopt},
-      {"Sun, 06 Non 1994 08:49:37 GMT", std::nullopt},
-      {"Sun, 06 Nov -1994 08:49:37 GMT", std::nullopt},
-      {"Sun, 06 Nov 1994 08:49", std::nullopt},
-      {"Sun, 06-Nov 1994 08:49:37 GMT", std::nullopt},
-      {"Sun, 06 Nov 18446744073709551615 08:49:37 GMT", std::nullopt},
-      {"Sun, 06 Nov 18446744073709551616 08:49:37 GMT", std::nullopt},
-      {"Sun", std::nullopt},
-      {"", std::nullopt},
   });
   for (const auto& [text, seconds] : cases) EXPECT_EQ(parseDate(text), seconds) << text;
+  // Out of range, before 1970, another zone or layout.
+  for (const char* text :
+       {"Wed, 29 Feb 2023 00:00:00 GMT", "Wed, 00 Feb 2023 00:00:00 GMT",
+        "Wed, 01 Feb 2023 24:00:00 GMT", "Wed, 01 Feb 2023 00:60:00 GMT",
+        "Sun, 06 Nov 05 08:49:37 GMT", "Sun, 06 Nov 1994 08:49:37 +0200",
+        "Sun, 06 Nov 1994 08:49:37 EST", "Sun, 06 Non 1994 08:49:37 GMT",
+        "Sun, 06 Nov -1994 08:49:37 GMT", "Sun, 06 Nov 1994 08:49", "Sun, 06-Nov 1994 08:49:37 GMT",
+        "Sun, 06 Nov 18446744073709551615 08:49:37 GMT",
+        "Sun, 06 Nov 18446744073709551616 08:49:37 GMT", "Sun", ""}) {
+    EXPECT_FALSE(parseDate(text)) << text;
+  }
 }
 
 TEST(Dates, UnreadableDateIsRefusedWithAReport) {

@@ -155,7 +155,6 @@ struct InputFile::State {
 
 InputFile::InputFile(std::unique_ptr<State> state) noexcept : state_(std::move(state)) {}
 InputFile::InputFile(InputFile&&) noexcept = default;
-InputFile& InputFile::operator=(InputFile&&) noexcept = default;
 InputFile::~InputFile() = default;
 
 std::optional<InputFile> InputFile::open(const char* path, unsigned* error) {

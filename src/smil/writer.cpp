@@ -57,7 +57,7 @@ void appendEscaped(std::string& out, std::string_view utf8) {
 }
 
 // Literals are views, whose length is known.
-using std::string_view_literals::operator""sv;
+using namespace std::string_view_literals;
 
 class Writer {
  public:

@@ -12,6 +12,7 @@
 #include "platform/ascii.h"
 #include "platform/files.h"
 #include "platform/text.h"
+#include "transport/masking.h"
 #include "transport/message_file.h"
 #include "transport/result_texts.h"
 #include "transport/trace.h"
@@ -92,7 +93,7 @@ bool HttpClient::perform(const char* url, const Step& step) {
 bool HttpClient::sendMms(const char* file, const char* url, const RequestSettings& settings) {
   file = orEmpty(file);
   url = orEmpty(url);
-  trace("HttpClient::SendMMS(%s, %s)", file, url);
+  trace("HttpClient::SendMMS(%s, %s)", file, maskedUrl(url).c_str());
   return perform(url, [&](const platform::UrlParts& server) {
     const std::optional<std::vector<std::uint8_t>> message = readMessageFile(file, status_);
     return message && submit(server, *message, settings);
@@ -102,7 +103,8 @@ bool HttpClient::sendMms(const char* file, const char* url, const RequestSetting
 bool HttpClient::sendMms(std::span<const std::uint8_t> message, const char* url,
                          const RequestSettings& settings) {
   url = orEmpty(url);
-  trace("HttpClient::SendMMS(%d octets, %s)", static_cast<int>(message.size()), url);
+  trace("HttpClient::SendMMS(%d octets, %s)", static_cast<int>(message.size()),
+        maskedUrl(url).c_str());
   return perform(
       url, [&](const platform::UrlParts& server) { return submit(server, message, settings); });
 }
@@ -110,7 +112,7 @@ bool HttpClient::sendMms(std::span<const std::uint8_t> message, const char* url,
 bool HttpClient::fetchMms(const char* url, const RequestSettings& settings,
                           std::vector<std::uint8_t>& pdu) {
   url = orEmpty(url);
-  trace("HttpClient::FetchMMS(%s)", url);
+  trace("HttpClient::FetchMMS(%s)", maskedUrl(url).c_str());
   return perform(url, [&](const platform::UrlParts& server) {
     if (!exchange(server, Verb::get, {}, settings) || !answerIsMms() || !takeRetrieveConf()) {
       return false;
@@ -123,7 +125,8 @@ bool HttpClient::fetchMms(const char* url, const RequestSettings& settings,
 bool HttpClient::postReport(std::span<const std::uint8_t> pdu, const char* url,
                             const RequestSettings& settings) {
   url = orEmpty(url);
-  trace("HttpClient::PostReport(%d octets, %s)", static_cast<int>(pdu.size()), url);
+  trace("HttpClient::PostReport(%d octets, %s)", static_cast<int>(pdu.size()),
+        maskedUrl(url).c_str());
   return perform(url, [&](const platform::UrlParts& server) {
     // 200, 202 and 204 are all in use: there is nothing more to be said.
     return exchange(server, Verb::post, pdu, settings) && status_ >= kStatusOk && status_ < 300;
@@ -165,7 +168,7 @@ bool HttpClient::exchange(const platform::UrlParts& server, Verb verb,
   } else if (!headers.empty()) {
     headers.pop_back();
   }
-  std::string shownHeaders = headers;
+  std::string shownHeaders = maskedHeaders(headers);
   if (!user_.empty() && !password_.empty()) {
     const std::string authorization =
         std::string(headers.empty() ? "" : "\n") + "Authorization: Basic ";

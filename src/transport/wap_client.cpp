@@ -9,6 +9,7 @@
 
 #include "platform/ascii.h"
 #include "platform/text.h"
+#include "transport/masking.h"
 #include "transport/message_file.h"
 #include "transport/result_texts.h"
 #include "transport/trace.h"
@@ -222,7 +223,7 @@ void WspClient::waitWhile(State state) {
 }
 
 bool WspClient::SendMMS(const char* url, const char* file) {
-  trace("WspClient SendMMS() pszMMSCUrl = %s, pszMMSFile = %s", url, file);
+  trace("WspClient SendMMS() pszMMSCUrl = %s, pszMMSFile = %s", maskedUrl(url).c_str(), file);
   if (state_.get() != kConnected) return end(lostOutcome(), lostDetail());
   unsigned error = 0;
   std::shared_ptr<std::vector<std::uint8_t>> message;
@@ -242,7 +243,8 @@ bool WspClient::SendMMS(const char* url, const char* file) {
 }
 
 bool WspClient::SendMMS(const char* url, Octets message) {
-  trace("WspClient SendMMS() pszMMSCUrl = %s, %d octets", url, static_cast<int>(message.size()));
+  trace("WspClient SendMMS() pszMMSCUrl = %s, %d octets", maskedUrl(url).c_str(),
+        static_cast<int>(message.size()));
   if (state_.get() != kConnected) return end(lostOutcome(), lostDetail());
   return post(url, std::make_shared<std::vector<std::uint8_t>>(message.begin(), message.end()));
 }

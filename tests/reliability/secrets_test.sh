@@ -3,6 +3,7 @@
 # a file that others can read is refused.   secrets_test.sh PROGRAM
 set -euo pipefail
 mmsbrix=$1
+ulimit -S -c unlimited 2>/dev/null || true
 folder=$(mktemp -d)
 relay=
 cleanup() {
@@ -27,6 +28,7 @@ sending=$!
 sleep 0.3
 for process in "$sending" "$relay"; do
   tr '\0' ' ' <"/proc/$process/cmdline" >>"$folder/processes" || true
+  grep -q 'Max core file size *0 ' "/proc/$process/limits" || fail "a core of process $process would have it"
 done
 wait "$sending" || fail "the message was not sent: $(cat "$folder/send.log")"
 grep -q 'Authorization: Basic \*\*\*' "$folder/send.log" || fail "the trace shows no masked Authorization"
@@ -36,6 +38,12 @@ grep -q -- --credentials "$folder/processes" || fail "no process was looked at"
 if MMSBRIX_USER=$user MMSBRIX_PASSWORD=wrong-$password "$mmsbrix" send "$folder/m.mms" --url "$url" --trace \
   >"$folder/refused.log" 2>&1; then fail "a wrong password was taken"; fi
 grep -q 401 "$folder/refused.log" || fail "the refusal is not told: $(cat "$folder/refused.log")"
+
+# In a URL and in headers of one's own.
+"$mmsbrix" send "$folder/m.mms" --url "http://$user:$password@${url#http://}" --header "Cookie: sid=$password" \
+  --header "X-Api-Key: $password" --trace >"$folder/own.log" 2>&1 || true
+grep -q "http://$user:\*\*\*@.*)" "$folder/own.log" || fail "the trace does not show the URL: $(cat "$folder/own.log")"
+grep -q 'Cookie: \*\*\*' "$folder/own.log" || fail "the trace shows no masked Cookie: $(cat "$folder/own.log")"
 
 for secret in "$password" "$encoded" "$(printf '%s:wrong-%s' "$user" "$password" | base64)"; do
   if grep -rlF -- "$secret" "$folder" | grep -v '/credentials$'; then fail "a secret is in the files above"; fi

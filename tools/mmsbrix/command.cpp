@@ -145,6 +145,7 @@ std::optional<Credentials> readCredentials(const std::string& path, std::string&
     error = path + ": others can read it; let its owner alone (chmod 600)";
     return std::nullopt;
   }
+  host::keepOutOfCores();
   std::getline(file, line);
   if (line.ends_with('\r')) line.pop_back();
   const std::size_t colon = line.find(':');

@@ -46,6 +46,8 @@ class Process {
 /// True when standard error is a terminal on which a line can be written over.
 [[nodiscard]] bool standardErrorIsTerminal();
 [[nodiscard]] unsigned processId() noexcept;
+/// From now on no core of the process is written: there are secrets in its memory.
+void keepOutOfCores() noexcept;
 /// What may stand between the parts of a path.
 extern const char kPathSeparators[];
 

@@ -3,6 +3,7 @@
 #include <pthread.h>
 #include <signal.h>
 #include <sys/eventfd.h>
+#include <sys/resource.h>
 #include <sys/signalfd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -43,6 +44,11 @@ std::string settingsFolder() {
 
 bool standardErrorIsTerminal() {
   return ::isatty(STDERR_FILENO) == 1;
+}
+
+void keepOutOfCores() noexcept {
+  constexpr struct rlimit kNone { 0, 0 };
+  ::setrlimit(RLIMIT_CORE, &kNone);
 }
 
 unsigned processId() noexcept {

@@ -144,6 +144,8 @@ bool standardErrorIsTerminal() {
          ::SetConsoleMode(error, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
+void keepOutOfCores() noexcept {}  // none is written unless its administrator asks for it
+
 unsigned processId() noexcept {
   return ::GetCurrentProcessId();
 }

@@ -28,6 +28,7 @@ bool findCredentials(const SessionOptions& options, Credentials& credentials, st
   if (const auto password = host::environment("MMSBRIX_PASSWORD")) {
     credentials.password = *password;
   }
+  if (!credentials.password.empty()) host::keepOutOfCores();
   return true;
 }
 

@@ -83,10 +83,22 @@ int writeInPlace(const char* path, std::span<const std::uint8_t> content) noexce
   return failure != 0 ? failure : closing;
 }
 
+// The whole content of a file; nothing when it cannot be read.
+std::optional<std::vector<std::uint8_t>> contentOf(const char* path, std::size_t octets) {
+  const Descriptor file(openRetrying(path, O_RDONLY));
+  if (!file.valid()) return std::nullopt;
+  std::vector<std::uint8_t> content(octets);
+  const ssize_t got = readFully(file.get(), content);
+  if (got < 0 || static_cast<std::size_t>(got) != octets) return std::nullopt;
+  return content;
+}
+
 // Writes over a regular file whose folder takes no new ones.  The room is made first, so that a
-// full disk leaves the old file as it was.  0 or errno.
+// full disk leaves the old file as it was; after any other failure the old content is put back, if
+// it can be read.  0 or errno.
 int overwrite(const char* path, const struct stat& existing,
-              std::span<const std::uint8_t> content) noexcept {
+              std::span<const std::uint8_t> content) {
+  const auto old = contentOf(path, static_cast<std::size_t>(existing.st_size));
   Descriptor file(openRetrying(path, O_WRONLY));
   if (!file.valid()) return errno;
   const auto octets = static_cast<off_t>(content.size());
@@ -99,6 +111,10 @@ int overwrite(const char* path, const struct stat& existing,
   }
   int failure = writeFully(file.get(), content);
   if (failure == 0 && ::ftruncate(file.get(), octets) != 0) failure = errno;
+  if (failure != 0 && old && ::lseek(file.get(), 0, SEEK_SET) == 0 &&
+      writeFully(file.get(), *old) == 0 && ::ftruncate(file.get(), existing.st_size) != 0) {
+    failure = errno;
+  }
   const int closing = file.close();
   return failure != 0 ? failure : closing;
 }
@@ -109,11 +125,14 @@ int writeBesideAndRename(const std::string& target, const struct stat* existing,
                          std::span<const std::uint8_t> content) {
   // The name is short whatever the target's is, which may be as long as names can be.
   const std::string folder = target.substr(0, target.rfind('/') + 1);
+  // The time keeps it apart from what killed processes of the same number have left.
+  struct timespec now {};
+  ::clock_gettime(CLOCK_REALTIME, &now);
+  const std::string process = std::to_string(::getpid()) + "-" + std::to_string(now.tv_sec);
   std::string beside;
   int fd = -1;
-  for (unsigned attempt = 0; attempt < 100; ++attempt) {
-    beside =
-        folder + ".mmsbrix-" + std::to_string(::getpid()) + "-" + std::to_string(attempt) + ".part";
+  for (long attempt = 0; attempt < 100; ++attempt) {
+    beside = folder + ".mmsbrix-" + process + "-" + std::to_string(now.tv_nsec + attempt) + ".part";
     fd = openRetrying(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0666);
     if (fd >= 0 || errno != EEXIST) break;
   }

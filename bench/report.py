@@ -17,6 +17,7 @@ import tempfile
 
 RUNS_COUNTED = 4  # as in bench/instructions.cpp
 BIG_MESSAGE = 50_000_000
+PIECE = 1_000_000
 
 Row = collections.namedtuple("Row", "what target measured unit met")
 
@@ -74,7 +75,9 @@ def tool_peaks(tool):
     with tempfile.TemporaryDirectory() as folder:
         picture = f"{folder}/big.jpg"
         with open(picture, "wb") as file:
-            file.write(os.urandom(BIG_MESSAGE))
+            # In pieces: a child's peak begins with the most that this process ever had.
+            for _ in range(BIG_MESSAGE // PIECE):
+                file.write(os.urandom(PIECE))
         message = f"{folder}/big.mms"
         subprocess.run([tool, "compose", "--to", "+358401234567", "--slide",
                         f"text=Hello,image={picture}", "-o", message],
@@ -128,7 +131,8 @@ def rows(time, octets, tool):
                    octets["smil-write/200KB"] * 1e3 / time["smil-write/200KB"], "MB/s")
     for threads in (1, 4):
         suffix = f"/real_time/threads:{threads}"
-        own = (time["http-submit" + suffix] - time["http-exchange" + suffix]) / 1000
+        # What is told is the time divided by the threads, each of which waited for all of it.
+        own = threads * (time["http-submit" + suffix] - time["http-exchange" + suffix]) / 1000
         yield at_most(f"HTTP submission, {threads} thread(s), beyond the exchange", 150, own, "us")
     yield at_most("WAP submission of 1 KB in an open session", 3,
                   time["wap-submit/1000/real_time"] / 1e6, "ms")
@@ -164,6 +168,9 @@ def main():
         bound = f"{'<=' if row.unit != 'MB/s' else '>='} {shown(row.target)}"
         print(f"{row.what:58}{bound:>10}{shown(row.measured):>10} {row.unit}"
               f"{'' if row.met else '   MISSED'}")
+    for name in ("http-submit/real_time/threads:1", "http-submit/real_time/threads:4",
+                 "wap-submit/1000/real_time"):
+        print(f"{name + ', submissions a second':58}{'':10}{shown(1e9 / time[name]):>10}")
     print(f"\n{'operation':34}{'ns':>14}{'instructions':>14}")
     for name in time:
         print(f"{name:34}{shown(time[name]):>14}{counted.get(name, ''):>14}")

@@ -65,6 +65,7 @@ expect 1 "no answer (the gateway 127.0.0.1:9 does not answer)" \
   "$mmsbrix" send m.mms --url "$url" --wap 127.0.0.1:9 --timeout 1
 expect 1 "(no way to the gateway nowhere.invalid:9201: " "$mmsbrix" send m.mms --url "$url" --wap nowhere.invalid
 wap_relay() {  # OPTION...: starts it and sets $gateway
+  : > relay.log  # the one before said that it listens, too
   "$mmsbrix" relay --wap 127.0.0.1:0 --store store "$@" > relay.log &
   relay=$!
   for _ in $(seq 200); do grep -q 'listening on wap' relay.log && break; sleep 0.05; done

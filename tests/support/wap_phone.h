@@ -54,8 +54,9 @@ class WapPhone {
   using Clock = std::chrono::steady_clock;
   using Kind = session::Event::Kind;
 
-  /// `server` is the gateway's port.
-  explicit WapPhone(std::uint16_t server) : client_(settings(), 1) {
+  /// `server` is the gateway's port; the others are octets in a datagram and datagrams in a group.
+  explicit WapPhone(std::uint16_t server, std::size_t segment = 1400, std::size_t group = 16)
+      : client_(settings(segment, group), 1) {
     server_.octets = {127, 0, 0, 1};
     server_.port = server;
   }
@@ -107,8 +108,10 @@ class WapPhone {
   }
 
  private:
-  static wtp::Settings settings() {
+  static wtp::Settings settings(std::size_t segment, std::size_t group) {
     wtp::Settings made;
+    made.segmentOctets = segment;
+    made.maxGroupSegments = group;
     made.baseRetry = made.groupRetry = made.shortRetry = std::chrono::milliseconds(200);
     made.perKilooctet = std::chrono::milliseconds(0);
     made.nackDelay = std::chrono::milliseconds(50);

@@ -114,22 +114,14 @@ class Writer {
     open_.pop_back();
   }
 
-  // An attribute of the same name as an earlier one, which only a renamed attribute can have, takes
-  // the earlier one's place: a document holds each name once.
   void writeAttributes(const CSMILNode& node) {
     attributes_.clear();
     for (unsigned i = 0; i < node.AttributeCount(); ++i) {
       const CSMILAttr& attribute = *node.Attribute(i);
       const std::string_view name = xmlName(attribute.Name());
-      if (name.empty()) continue;
-      const auto same = std::find_if(attributes_.begin(), attributes_.end(),
-                                     [&](const auto& earlier) { return earlier.first == name; });
-      if (same != attributes_.end()) {
-        same->second = attribute.Value();
-      } else {
-        attributes_.emplace_back(name, attribute.Value());
-      }
+      if (!name.empty()) attributes_.emplace_back(name, attribute.Value());
     }
+    mergeNamesakes();
     for (const auto& [name, value] : attributes_) {
       out_ += ' ';
       out_ += name;
@@ -137,6 +129,31 @@ class Writer {
       writeValue(value);
       out_ += '"';
     }
+  }
+
+  // An attribute of the same name as an earlier one, which only a renamed attribute can have, takes
+  // the earlier one's place: a document holds each name once.  Many attributes are compared each
+  // with all others only when there is such a one.
+  void mergeNamesakes() {
+    constexpr std::size_t kFew = 8;
+    if (attributes_.size() > kFew && namesDiffer()) return;
+    for (auto one = attributes_.begin(); one != attributes_.end();) {
+      const auto same = std::find_if(attributes_.begin(), one, [one](const auto& earlier) {
+        return earlier.first == one->first;
+      });
+      if (same == one) {
+        ++one;
+      } else {
+        same->second = one->second;
+        one = attributes_.erase(one);
+      }
+    }
+  }
+  bool namesDiffer() {
+    names_.clear();
+    for (const auto& attribute : attributes_) names_.push_back(attribute.first);
+    std::sort(names_.begin(), names_.end());
+    return std::adjacent_find(names_.begin(), names_.end()) == names_.end();
   }
 
   // Most values stand as they are, in every charset.
@@ -164,6 +181,7 @@ class Writer {
   std::string out_;
   std::vector<Open> open_;
   std::vector<std::pair<std::string_view, std::string_view>> attributes_;  // of one element
+  std::vector<std::string_view> names_;                                    // of one element
   std::deque<std::string> converted_;
 };
 

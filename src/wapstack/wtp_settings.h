@@ -17,6 +17,9 @@ inline constexpr std::size_t kMaxSegments = 256;
 inline constexpr std::size_t kMaxDatagram = 65507;
 /// Octets of a message that are kept while it is put together, unless set lower.
 inline constexpr std::size_t kMaxReassembly = 4u << 20;
+/// The same of an invoke, unless set otherwise: anybody may send one, so that kMaxPeerTransactions
+/// of them add up.
+inline constexpr std::size_t kMaxInvoke = 64u << 10;
 /// Transactions that peers may have open with us; further invokes are not heard.
 inline constexpr std::size_t kMaxPeerTransactions = 256;
 /// Transactions that we may have open, those that only wait for late results included.
@@ -55,8 +58,7 @@ struct Settings {
   std::size_t segmentOctets = 1400;         ///< user data in one packet
   std::size_t maxGroupSegments = 16;        ///< groups grow from one packet up to this
   std::size_t maxMessage = kMaxReassembly;  ///< octets of the largest result accepted
-  /// The same of an invoke: anybody may send one, so that kMaxPeerTransactions of them add up.
-  std::size_t maxInvoke = 64u << 10;
+  std::size_t maxInvoke = kMaxInvoke;       ///< the same of an invoke
   bool segmentation = true;   ///< messages may be sent and received in several packets
   bool acceptClass2 = false;  ///< answer class 2 invokes: servers only
 };

@@ -77,6 +77,18 @@ struct AssignmentsIndexData {
       sameName = sameCode = static_cast<std::uint16_t>(i);
     }
   }
+  /// The most rows of one bucket, by name or by code: what a lookup compares at most.
+  [[nodiscard]] constexpr std::size_t longestChain() const noexcept {
+    std::size_t longest = 0;
+    const auto walk = [&](std::uint16_t at, std::uint16_t IndexedRow::*next) {
+      std::size_t length = 0;
+      for (; at != kNoRow; at = rows[at].*next) ++length;
+      if (length > longest) longest = length;
+    };
+    for (const std::uint16_t first : byName) walk(first, &IndexedRow::nextByName);
+    for (const std::uint16_t first : byCode) walk(first, &IndexedRow::nextByCode);
+    return longest;
+  }
 };
 
 /// The index of a table of constant rows.

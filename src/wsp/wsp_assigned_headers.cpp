@@ -17,13 +17,21 @@ namespace {
 
 constexpr std::string_view kSource = "wsp_assigned_headers";
 
+// Rows of one name or code are among these, so that fewer cannot be asked of every table.
+constexpr std::size_t kMaxChain = 4;
+
+template <const auto& kRows, std::uint8_t kCaseSensitive>
+constexpr AssignmentsBase indexed() noexcept {
+  static_assert(kIndexData<kRows>.longestChain() <= kMaxChain, "lookups walk the table again");
+  return {kRows.data(), kRows.size(), kCaseSensitive, &kIndex<kRows>};
+}
 template <const auto& kRows>
 constexpr AssignmentsBase anyCase() noexcept {
-  return {kRows.data(), kRows.size(), 0, &kIndex<kRows>};
+  return indexed<kRows, 0>();
 }
 template <const auto& kRows>
 constexpr AssignmentsBase exactCase() noexcept {
-  return {kRows.data(), kRows.size(), 1, &kIndex<kRows>};
+  return indexed<kRows, 1>();
 }
 
 // Indexed by kind.

@@ -61,6 +61,13 @@ std::string repeatedText(const std::string& start, const std::string& pattern,
   return all + end;
 }
 
+// One element with 100 attributes, then 200: an element has no more than 256.
+std::string manyAttributes(std::size_t octets) {
+  std::string all = "<smil";
+  for (std::size_t i = 0; i < octets / 160; ++i) all += " a" + std::to_string(1000 + i) + "='1'";
+  return all + "/>";
+}
+
 void pdus(std::size_t octets) {
   for (const char* start : {"8C 80 ", "8C 84 84 A3 01 ", "8C 84 84 1F 8F FF 7F 83 ",
                             "8C 84 84 A3 01 8F FF 7F 00 83 "}) {
@@ -107,6 +114,7 @@ void presentations(std::size_t octets) {
        repeatedText("<smil><body>", "<par><img src='a'/></par>", "</body></smil>", octets)},
       {"attributes",
        repeatedText("<smil><body>", "<a b='1' c='2' d='3'/>", "</body></smil>", octets)},
+      {"many attributes", manyAttributes(octets)},
       {"one long attribute", repeatedText("<smil a='", "&quot;", "'/>", octets)},
       {"text", repeatedText("<smil>", "word &lt; ", "</smil>", octets)},
       {"comments", repeatedText("<smil>", "<!-- c -->", "</smil>", octets)},

@@ -107,6 +107,8 @@ TEST(SmilText, ARenamedAttributeTakesThePlaceOfItsNamesake) {
   for (const char* name : {"a", "b", "c"}) put(smil, name, name);
   smil.FindAttribute("c")->PutName("a");
   EXPECT_EQ(text(smil), "<smil a=\"c\" b=\"b\"/>");
+  for (const char* name : {"d", "e", "f", "g", "h", "i", "j"}) put(smil, name, "");
+  EXPECT_TRUE(text(smil).starts_with("<smil a=\"c\" b=\"b\" d=\"\" e=\"\"")) << "among many";
 }
 
 TEST(SmilText, DepthCostsNoStackAndNoSquare) {

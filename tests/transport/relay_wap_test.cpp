@@ -9,13 +9,16 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "relay.h"
 #include "relay_http.h"
 #include "relay_server.h"
+#include "support/hex.h"
 #include "support/send_req.h"
 #include "support/shared_text.h"
 #include "support/temporary_folder.h"
+#include "support/udp_socket.h"
 
 namespace mmsbrix::test {
 namespace {
@@ -77,6 +80,51 @@ TEST(RelayWap, StoresWhatComesThroughTheGateway) {
   EXPECT_EQ(exchange.octets, message.size());
   EXPECT_EQ(folder.get(exchange.file), message);
   EXPECT_THAT(describe(exchange), HasSubstr(" 127.0.0.1 WAP POST http://mmsc.example/mms ("));
+}
+
+// In packets of 60000 octets, each of which is acknowledged before the next one.
+TEST(RelayWap, RequestsHaveALimit) {
+  constexpr std::size_t kMost = std::size_t{4} << 20;
+  constexpr std::size_t kPacket = 60000;
+  for (const std::size_t octets : {kMost, kMost + 1}) {
+    const auto relay = start({});
+    const std::string address = relay->wapAddress();
+    const auto port =
+        static_cast<std::uint16_t>(std::stoul(address.substr(address.rfind(':') + 1)));
+    UdpSocket phone;
+    const auto answerTo = [&](const std::vector<std::uint8_t>& packet) {
+      phone.send(port, packet);
+      return toHex(phone.receive(std::chrono::seconds(10)).value_or(std::vector<std::uint8_t>{}));
+    };
+    // Connect, with requests of any size asked for: the answer grants so many octets.
+    EXPECT_THAT(answerTo(hex("0A 00 01 02 01 10 03 00 02 81 00")), HasSubstr(" 05 81 82 80 80 00"));
+    phone.send(port, hex("18 00 01"));
+
+    std::vector<std::uint8_t> request = hex("60 01 01 'u' BE");
+    const std::size_t head = request.size();
+    request.resize(octets);
+    std::string answer;
+    for (std::size_t from = 0; from < octets; from += kPacket) {
+      const bool last = octets - from <= kPacket;
+      std::vector<std::uint8_t> packet =
+          from == 0 ? hex("0C 00 02 02") : hex(last ? "2A 00 02" : "2C 00 02");
+      if (from > 0) packet.push_back(static_cast<std::uint8_t>(from / kPacket));
+      const auto begin = request.begin() + static_cast<std::ptrdiff_t>(from);
+      packet.insert(packet.end(), begin, last ? request.end() : begin + kPacket);
+      answer = answerTo(packet);
+    }
+    if (octets > kMost) {
+      EXPECT_THAT(answer, StartsWith("20 80 02 09")) << "message too large";
+      EXPECT_EQ(relay->exchanges().size(), 0U);
+    } else {
+      EXPECT_THAT(answer, StartsWith("12 80 02 04 20")) << "a reply with 200";
+      phone.send(port, hex("18 00 02"));
+      for (int i = 0; i < 500 && relay->exchanges().empty(); ++i) {
+        std::this_thread::sleep_for(milliseconds(10));
+      }
+      EXPECT_EQ(relay->exchanges().at(0).octets, octets - head);
+    }
+  }
 }
 
 TEST(RelayWap, AnswersAsItIsTold) {

@@ -138,6 +138,20 @@ TEST(WapGateway, ConnectsEndAsTheyAreTold) {
   }
 }
 
+TEST(WapGateway, HeadersOfASessionHaveALimit) {
+  constexpr std::size_t kMost = 16384;
+  const auto gateway = started({});
+  for (const std::size_t octets : {kMost, kMost + 1}) {
+    Body headers(octets, 'x');  // "x...": "x"
+    headers[octets - 3] = headers.back() = 0;
+    WapPhone phone(gateway->port());
+    phone.connect(kAnything, headers);
+    const auto answer = phone.wait();
+    EXPECT_EQ(answer.kind == Kind::connectConfirm, octets == kMost) << octets;
+    EXPECT_EQ(answer.code, octets == kMost ? 0 : 0x4D);
+  }
+}
+
 TEST(WapGateway, GrantsWhatItIsToldTo) {
   WapGatewayOptions options;
   options.limits = {.clientSduOctets = 2000,

@@ -112,6 +112,7 @@ TEST(RelayWap, RequestsHaveALimit) {
       const auto begin = request.begin() + static_cast<std::ptrdiff_t>(from);
       packet.insert(packet.end(), begin, last ? request.end() : begin + kPacket);
       answer = answerTo(packet);
+      if (answer.empty()) break;
     }
     if (octets > kMost) {
       EXPECT_THAT(answer, StartsWith("20 80 02 09")) << "message too large";

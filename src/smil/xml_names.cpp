@@ -4,7 +4,6 @@
 #include <array>
 #include <span>
 
-#include "platform/ascii.h"
 #include "platform/unicode.h"
 
 namespace mmsbrix {
